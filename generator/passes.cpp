@@ -1,0 +1,165 @@
+#include "generator/passes.h"
+
+#include <algorithm>
+
+#include "generator/check.h"
+
+namespace xfm {
+
+std::vector<int> live_nodes(const Graph& g, std::span<const Ref> outputs) {
+  std::vector<char> seen(g.size());
+  std::vector<int> stack;
+  const auto visit = [&](Ref r) {
+    if (r && !seen[r.node]) seen[r.node] = 1, stack.push_back(r.node);
+  };
+  for (Ref r : outputs) visit(r);
+  while (!stack.empty()) {
+    const Node& n = g[stack.back()];
+    stack.pop_back();
+    for (const Term& t : n.terms) visit(t.ref);
+    for (const Point& p : n.points) visit(p.ref);
+  }
+  std::vector<int> live;
+  for (int i = 0; i < g.size(); ++i)
+    if (seen[i]) live.push_back(i);
+  return live;
+}
+
+Counts count(const Graph& g, std::span<const Ref> outputs) {
+  Counts c;
+  for (int i : live_nodes(g, outputs)) {
+    const Node& n = g[i];
+    if (n.kind != Node::Kind::Sum) continue;
+    c.additions += static_cast<int>(n.terms.size()) - 1;
+    for (const Term& t : n.terms) c.multiplications += !t.coef.unit();
+  }
+  return c;
+}
+
+std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,
+                           std::span<const Ref> feed) {
+  std::vector<std::vector<Term>> uses(g.size());
+  for (size_t i = 0; i < outputs.size(); ++i)
+    if (outputs[i]) uses[outputs[i].node].push_back({1, feed[i].turned(outputs[i].turn)});
+  std::vector<char> end(g.size());
+  for (int i : inputs) end[i] = 1;
+  for (int i = g.size() - 1; i >= 0; --i) {
+    if (uses[i].empty() || end[i]) continue;
+    check(g[i].kind == Node::Kind::Sum, "a transposed network ends at its inputs");
+    const Ref value = target.lin(uses[i]);
+    for (const Term& t : g[i].terms) uses[t.ref.node].push_back({t.coef, value.turned(t.ref.turn)});
+  }
+  std::vector<Ref> result;
+  for (int i : inputs) result.push_back(target.lin(uses[i]));
+  return result;
+}
+
+namespace {
+
+struct Use {
+  int user;
+  bool product;
+};
+
+class Merger {
+ public:
+  Merger(const Graph& g, std::span<const Ref> outputs) : g_(g), terms_(g.size()), output_(g.size()) {
+    live_ = live_nodes(g, outputs);
+    for (int i : live_) terms_[i] = g[i].terms;
+    for (Ref r : outputs)
+      if (r) output_[r.node] = 1;
+  }
+
+  bool round() {
+    bool moved = false;
+    std::vector<std::vector<Use>> uses(g_.size());
+    for (int i : live_) {
+      for (const Term& t : terms_[i]) uses[t.ref.node].push_back({i, !t.coef.unit()});
+      for (const Point& p : g_[i].points)
+        if (p.ref) uses[p.ref.node].push_back({i, false});
+    }
+    std::vector<char> touched(g_.size());
+    for (int v : live_) {
+      if (!may_move(v, uses[v])) continue;
+      const bool clear = std::none_of(uses[v].begin(), uses[v].end(),
+                                      [&](const Use& u) { return touched[u.user] || shares_operand(u.user, v); });
+      if (!clear || touched[v]) continue;
+      for (const Use& u : uses[v]) {
+        absorb(u.user, v);
+        touched[u.user] = 1;
+      }
+      terms_[v].clear();
+      touched[v] = 1;
+      moved = true;
+    }
+    std::erase_if(live_, [&](int i) { return g_[i].kind == Node::Kind::Sum && terms_[i].empty(); });
+    return moved;
+  }
+
+  Graph result(std::vector<Ref>& outputs) const {
+    Graph out(g_.lanes());
+    std::vector<Ref> made(g_.size());
+    const auto renewed = [&](Ref r) { return r ? made[r.node].turned(r.turn) : r; };
+    for (int i : live_) {
+      const Node& n = g_[i];
+      if (n.kind == Node::Kind::Input) {
+        made[i] = out.input(n.cells);
+      } else if (n.kind == Node::Kind::Regroup) {
+        std::vector<Point> points = n.points;
+        for (Point& p : points) p.ref = renewed(p.ref);
+        made[i] = out.regroup(points);
+      } else {
+        std::vector<Term> terms = terms_[i];
+        for (Term& t : terms) t.ref = renewed(t.ref);
+        made[i] = out.lin(terms);
+      }
+    }
+    for (Ref& r : outputs) r = renewed(r);
+    return out;
+  }
+
+ private:
+  bool may_move(int v, const std::vector<Use>& uses) const {
+    if (!g_[v].mergeable || output_[v] || terms_[v].empty() || uses.empty()) return false;
+    for (const Term& t : terms_[v])
+      if (t.coef.unit()) return false;
+    for (const Use& u : uses)
+      if (!u.product) return false;
+    return uses.size() == 1 || terms_[v].size() == 1;
+  }
+
+  bool shares_operand(int user, int v) const {
+    for (const Term& a : terms_[user])
+      for (const Term& b : terms_[v])
+        if (a.ref.node == b.ref.node) return true;
+    return false;
+  }
+
+  void absorb(int user, int v) {
+    std::vector<Term> renewed;
+    for (const Term& t : terms_[user]) {
+      if (t.ref.node != v) {
+        renewed.push_back(t);
+        continue;
+      }
+      for (const Term& inner : terms_[v]) renewed.push_back({t.coef * inner.coef, inner.ref.turned(t.ref.turn)});
+    }
+    terms_[user] = std::move(renewed);
+  }
+
+  const Graph& g_;
+  std::vector<std::vector<Term>> terms_;
+  std::vector<char> output_;
+  std::vector<int> live_;
+};
+
+}  // namespace
+
+Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
+  Merger merger(g, outputs);
+  while (merger.round()) {
+  }
+  return merger.result(outputs);
+}
+
+}  // namespace xfm
