@@ -64,9 +64,9 @@ struct Point {
 struct Node {
   enum class Kind { Input, Sum, Regroup };
   Kind kind;
-  std::vector<int> cells;     // Input: element of the source for every lane, -1 where the lane is empty
-  std::vector<Term> terms;    // Sum: coefficients normalised so that none is negative
-  std::vector<Point> points;  // Regroup: where every lane comes from
+  std::vector<int> cells = {};     // Input: element of the source for every lane, -1 where the lane is empty
+  std::vector<Term> terms = {};    // Sum: coefficients normalised so that none is negative
+  std::vector<Point> points = {};  // Regroup: where every lane comes from
   bool mergeable = true;      // constants may be moved through this node
 
   bool has_products() const;

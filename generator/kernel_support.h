@@ -1,0 +1,51 @@
+// What every generated unit includes: access to arrays of either alignment and the prologue's tests.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+#define XFM_INLINE [[gnu::always_inline]] static inline
+#define XFM_HIDDEN __attribute__((visibility("hidden")))
+// A pool that the compiler must not look into: the scale 1.0 stays a multiplication, a constant stays a load.
+#define XFM_POOL extern "C" __attribute__((weak, visibility("hidden")))
+
+namespace {
+
+struct Aligned {
+  XFM_INLINE __m128 load4(const float* p) { return _mm_load_ps(p); }
+  XFM_INLINE __m256 load8(const float* p) { return _mm256_load_ps(p); }
+  XFM_INLINE __m128d load2(const double* p) { return _mm_load_pd(p); }
+  XFM_INLINE __m256d load4(const double* p) { return _mm256_load_pd(p); }
+  XFM_INLINE void store(float* p, __m128 v) { _mm_store_ps(p, v); }
+  XFM_INLINE void store(float* p, __m256 v) { _mm256_store_ps(p, v); }
+  XFM_INLINE void store(double* p, __m128d v) { _mm_store_pd(p, v); }
+  XFM_INLINE void store(double* p, __m256d v) { _mm256_store_pd(p, v); }
+};
+
+struct Unaligned {
+  XFM_INLINE __m128 load4(const float* p) { return _mm_loadu_ps(p); }
+  XFM_INLINE __m256 load8(const float* p) { return _mm256_loadu_ps(p); }
+  XFM_INLINE __m128d load2(const double* p) { return _mm_loadu_pd(p); }
+  XFM_INLINE __m256d load4(const double* p) { return _mm256_loadu_pd(p); }
+  XFM_INLINE void store(float* p, __m128 v) { _mm_storeu_ps(p, v); }
+  XFM_INLINE void store(float* p, __m256 v) { _mm256_storeu_ps(p, v); }
+  XFM_INLINE void store(double* p, __m128d v) { _mm_storeu_pd(p, v); }
+  XFM_INLINE void store(double* p, __m256d v) { _mm256_storeu_pd(p, v); }
+};
+
+XFM_INLINE bool misaligned(const void* p, unsigned bytes) {
+  return (reinterpret_cast<uintptr_t>(p) & (bytes - 1)) != 0;
+}
+
+// The scale that a flag selects among 1, 1/sqrt(N) and 1/N, or null for a bad flag. `by_1` and `by_2` say which of them
+// the flags 1 and 2 stand for in the kernel's family.
+template <class Row>
+XFM_INLINE const Row* select_scale(const Row* scales, int flag, int by_1, int by_2) {
+  if (flag == xfmScaleNone) return scales;
+  if (flag == xfmScaleBySqrtN) return scales + 1;
+  if (flag == xfmScaleFwdByN) return scales + by_1;
+  if (flag == xfmScaleInvByN) return scales + by_2;
+  return nullptr;
+}
+
+}  // namespace

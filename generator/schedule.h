@@ -1,0 +1,17 @@
+// An order of the operations that keeps few values live: recursive bisection of the graph by topological layers, then
+// every value that is used once is computed right before its user.
+//
+// Creation order and depth-first order lose 1 to 40 % of time to spills, greedy orders lose parallelism; the compiler's own
+// scheduler keeps whatever order it is given.
+#pragma once
+
+#include <vector>
+
+#include "generator/machine.h"
+
+namespace xfm {
+
+// The operations in order; stores are not among them (each follows its value, but not before the last load).
+std::vector<int> schedule(const Program& program);
+
+}  // namespace xfm

@@ -1,0 +1,51 @@
+// The C++ text of bodies and of the units around them. One operation is one intrinsic; the body of a kernel is written
+// once, as a template over the access to `src` and `dst`, and instantiated with aligned and unaligned moves.
+#pragma once
+
+#include <array>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "generator/machine.h"
+
+namespace xfm {
+
+// Names that a body uses: the arrays it reads and writes (pointers to elements of the precision) and its pool.
+struct BodyNames {
+  std::vector<std::string> sources = {"x"};
+  std::vector<std::string> targets = {"y"};
+  std::string pool;
+  std::string access = "Access";
+  std::string scale = "scale";  // pointer to the scale
+};
+
+// Statements of a program in scheduled order: no store stands before the last load.
+std::vector<std::string> body_text(const Program& program, const BodyNames& names);
+// The definition of a program's pool, with three scales of `scale_lanes` equal elements in front when there are any.
+std::string pool_text(const Program& program, const std::string& name, bool single, const std::vector<Real>& scales,
+                      int scale_lanes);
+
+enum class Gate { Plain, Gate16Twin, Gate16Inline, Gate32Inline };
+
+struct Kernel {
+  std::string symbol;   // exported name; its twin and pool are named after it
+  std::string element;  // of src and dst, as the public header names it
+  bool single = true;   // precision of a component
+  Gate gate = Gate::Plain;
+  int length = 0;
+  int scale_by_1 = 0, scale_by_2 = 0;  // which of 1, 1/sqrt(N), 1/N the flags 1 and 2 select
+  int scale_lanes = 1;
+  std::string note;  // plan and counts, for the reader of the unit
+  Program program;
+};
+
+// One fixed-size kernel: pool, body, twin where its gate has one, and the exported function with its prologue.
+std::string kernel_text(const Kernel& kernel);
+// The head of a unit, up to the first kernel.
+std::string unit_head(const std::string& unit, const std::string& maker);
+
+// Writes under a temporary name and renames, so that there is never half a file.
+void write_file(const std::string& path, const std::string& text);
+
+}  // namespace xfm

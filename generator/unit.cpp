@@ -1,0 +1,79 @@
+#include "generator/text.h"
+
+namespace xfm {
+
+namespace {
+
+std::string base_name(const std::string& symbol) {  // xfmgDFTFwd_CToC_8_32fc -> DFTFwd_CToC_8_32fc
+  return symbol.substr(4);
+}
+
+std::string null_test() { return "  if (src == nullptr || dst == nullptr) return xfmStatusNullPointer;\n"; }
+
+std::string select(const Kernel& k) {
+  return "  const auto* scale = select_scale(owngPool_" + base_name(k.symbol) + ".scale, flag, " +
+         std::to_string(k.scale_by_1) + ", " + std::to_string(k.scale_by_2) +
+         ");\n  if (scale == nullptr) return xfmStatusFlagError;\n";
+}
+
+std::string run(const Kernel& k, const std::string& access) {
+  return "body_" + base_name(k.symbol) + "<" + access + ">(src, dst, scale);\n";
+}
+
+std::string signature(const Kernel& k, const std::string& name) {
+  return "XfmStatus " + name + "(const " + k.element + "* src, " + k.element + "* dst, int flag)";
+}
+
+std::string body_function(const Kernel& k) {
+  const std::string component = k.single ? "float" : "double";
+  BodyNames names;
+  names.pool = "owngPool_" + base_name(k.symbol);
+  names.scale = k.scale_lanes > 1 ? "*scale" : "scale";
+  const std::string row = k.scale_lanes > 1 ? component + " (*scale)[" + std::to_string(k.scale_lanes) + "]" : component + "* scale";
+  std::string text = "template <class Access>\nXFM_INLINE void body_" + base_name(k.symbol) + "(const " + k.element + "* src, " +
+                     k.element + "* dst, const " + row + ") {\n";
+  text += "  const " + component + "* x = reinterpret_cast<const " + component + "*>(src);\n  " + component +
+          "* y = reinterpret_cast<" + component + "*>(dst);\n";
+  for (const std::string& line : body_text(k.program, names)) text += "  " + line + "\n";
+  return text + "}\n\n";
+}
+
+std::string checked(const Kernel& k, const std::string& access) {
+  return null_test() + select(k) + "  " + run(k, access) + "  return xfmStatusOk;\n}\n";
+}
+
+std::string two_bodies(const Kernel& k, int bytes) {
+  const std::string test = "misaligned(src, " + std::to_string(bytes) + ") || misaligned(dst, " + std::to_string(bytes) + ")";
+  const std::string null_first = bytes == 32 ? null_test() : "";
+  const std::string null_later = bytes == 32 ? "" : null_test();
+  return null_first + "  if (" + test + ") {\n" + null_later + select(k) + "  " + run(k, "Unaligned") +
+         "  return xfmStatusOk;\n  }\n" + null_later + select(k) + "  " + run(k, "Aligned") + "  return xfmStatusOk;\n}\n";
+}
+
+}  // namespace
+
+std::string kernel_text(const Kernel& k) {
+  const std::string name = base_name(k.symbol);
+  const Real n = k.length;
+  std::string text = "// " + k.symbol + ": " + k.note + "\n" +
+                     pool_text(k.program, name, k.single, {1, 1 / square_root(n), 1 / n}, k.scale_lanes) + "\n" + body_function(k);
+  const std::string twin = "owng" + name + "_unaligned";
+  if (k.gate == Gate::Gate16Twin)
+    text += "extern \"C\" XFM_HIDDEN [[gnu::noinline]] " + signature(k, twin) + " {\n" + checked(k, "Unaligned") + "\n";
+  text += "extern \"C\" " + signature(k, k.symbol) + " {\n";
+  switch (k.gate) {
+    case Gate::Plain: text += checked(k, "Unaligned"); break;
+    case Gate::Gate16Twin:
+      text += "  if (misaligned(src, 16) || misaligned(dst, 16)) return " + twin + "(src, dst, flag);\n" + checked(k, "Aligned");
+      break;
+    case Gate::Gate16Inline: text += two_bodies(k, 16); break;
+    case Gate::Gate32Inline: text += two_bodies(k, 32); break;
+  }
+  return text + "\n";
+}
+
+std::string unit_head(const std::string& unit, const std::string& maker) {
+  return "// " + unit + ": written by " + maker + "; do not edit.\n\n#include \"xfm.h\"\n\n#include \"generator/kernel_support.h\"\n\n";
+}
+
+}  // namespace xfm
