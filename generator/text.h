@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "generator/gate.h"
 #include "generator/machine.h"
 
 namespace xfm {
@@ -25,8 +26,6 @@ std::vector<std::string> body_text(const Program& program, const BodyNames& name
 // The definition of a program's pool, with three scales of `scale_lanes` equal elements in front when there are any.
 std::string pool_text(const Program& program, const std::string& name, bool single, const std::vector<Real>& scales,
                       int scale_lanes);
-
-enum class Gate { Plain, Gate16Twin, Gate16Inline, Gate32Inline };
 
 struct Kernel {
   std::string symbol;   // exported name; its twin and pool are named after it

@@ -1,0 +1,50 @@
+// Tab-separated tables: the format of every data file under plans/. Lines that start with '#' and empty lines are
+// skipped; the first other line names the columns.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xfm {
+
+// Throws InputError with a message "file:line: reason"; line 0 stands for the file as a whole.
+[[noreturn]] void fail_input(std::string_view file, int line, std::string_view reason);
+
+class Table;
+
+class TableRow {
+ public:
+  // The cell under a column; asking for a column the table was not read with is a bug.
+  [[nodiscard]] const std::string& operator[](std::string_view column) const;
+  // The cell as a decimal integer; anything else is bad input.
+  [[nodiscard]] int integer(std::string_view column) const;
+  [[nodiscard]] int line() const { return line_; }
+  // Reports bad input in this row.
+  [[noreturn]] void fail(std::string_view reason) const;
+
+ private:
+  friend class Table;
+  std::string file_;
+  int line_ = 0;
+  std::map<std::string, std::string, std::less<>> cells_;
+};
+
+class Table {
+ public:
+  // Reads a file whose columns are exactly `columns`, in this order, and which has at least one row.
+  static Table read(const std::filesystem::path& path, const std::vector<std::string>& columns);
+
+  [[nodiscard]] const std::vector<TableRow>& rows() const { return rows_; }
+
+ private:
+  std::vector<TableRow> rows_;
+};
+
+// Splits at every separator; the pieces keep their blanks.
+std::vector<std::string> split(std::string_view text, char separator);
+std::string_view trim(std::string_view text);
+
+}  // namespace xfm
