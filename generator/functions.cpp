@@ -192,7 +192,7 @@ std::string_view to_string(ScaleRule scale) { return name_of(kScaleNames, scale)
 std::string_view to_string(FunctionKind kind) { return name_of(kKindNames, kind); }
 
 std::string Function::declaration() const {
-  return returns + (returns.ends_with('*') ? "" : " ") + name + "(" + arguments + ")";
+  return returns + " " + name + "(" + arguments + ")";
 }
 
 std::string Function::twin_name() const {
