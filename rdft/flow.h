@@ -1,0 +1,51 @@
+// The flow of one kernel: its plan as an expression graph from loaded to stored values, before layout and precision.
+//
+// Spectra are listed in one order throughout: R_0, R_1, I_1, R_2, I_2, ..., for even N ending with R_(N/2).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "generator/graph.h"
+#include "rdft/plan.h"
+
+namespace xfm::rdft {
+
+enum class Family { Forward, Inverse, Hartley };
+
+// How a Hartley kernel gets its bins: from a forward flow by H = R -+ I behind it, or from the transposed network with
+// sums and differences x[k] +- x[N-k] in front of it (the Hartley matrix is symmetric).
+enum class Form { Forward, Transposed };
+
+// Sums of held values that stand in double precision, so that they need no widening of their own: the number of additions
+// of each, in the order of the candidates. `shared` admits sums that several products use, `loads` those of loaded values.
+struct WideSums {
+  std::vector<int> additions;
+  bool shared = false, loads = false;
+};
+
+struct Recipe {
+  Family family;
+  int length;
+  PlanPtr plan;
+  Form form = Form::Forward;
+  WideSums wide;
+};
+
+struct Flow {
+  Graph graph;
+  std::vector<Ref> outputs;   // in spectrum order (forward) or sample order; a turn of 2 is a negated cell
+  std::vector<char> doubled;  // inverse: by input cell, whether the bin stands for its conjugate too
+  std::vector<char> wide;     // by node: a sum that stands in double precision
+
+  // A node that is one double expression in the single-precision kernel.
+  bool is_wide(int node) const { return wide[node] || graph[node].has_products(); }
+};
+
+// Throws InputError if a stated sum in double has no candidate.
+Flow make_flow(const Recipe& recipe);
+
+// By node of the flow, the nodes that use it; a node occurs once for each term.
+std::vector<std::vector<int>> users(const Flow& flow);
+
+}  // namespace xfm::rdft
