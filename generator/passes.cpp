@@ -63,7 +63,8 @@ struct Use {
 
 class Merger {
  public:
-  Merger(const Graph& g, std::span<const Ref> outputs) : g_(g), terms_(g.size()), output_(g.size()) {
+  Merger(const Graph& g, std::span<const Ref> outputs, Merge merge)
+      : g_(g), merge_(merge), terms_(g.size()), output_(g.size()) {
     live_ = live_nodes(g, outputs);
     for (int i : live_) terms_[i] = g[i].terms;
     for (Ref r : outputs)
@@ -125,7 +126,7 @@ class Merger {
       if (t.coef.unit()) return false;
     for (const Use& u : uses)
       if (!u.product) return false;
-    return uses.size() == 1 || terms_[v].size() == 1;
+    return uses.size() == 1 || (merge_ == Merge::Products && terms_[v].size() == 1);
   }
 
   bool shares_operand(int user, int v) const {
@@ -148,6 +149,7 @@ class Merger {
   }
 
   const Graph& g_;
+  Merge merge_;
   std::vector<std::vector<Term>> terms_;
   std::vector<char> output_;
   std::vector<int> live_;
@@ -155,8 +157,8 @@ class Merger {
 
 }  // namespace
 
-Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
-  Merger merger(g, outputs);
+Graph merge_constants(const Graph& g, std::vector<Ref>& outputs, Merge merge) {
+  Merger merger(g, outputs, merge);
   while (merger.round()) {
   }
   return merger.result(outputs);
