@@ -121,7 +121,8 @@ Ref Graph::lin(std::span<const Term> given) {
   };
   for (int turn = 1; turn < 4; ++turn)
     if (const auto found = known_.find(key_of(turn)); found != known_.end()) return found->second.turned(outer - turn);
-  return find_or_make(key_of(0), {.kind = Node::Kind::Sum, .terms = std::move(terms)}).turned(outer);
+  Key key = key_of(0);
+  return find_or_make(std::move(key), {.kind = Node::Kind::Sum, .terms = std::move(terms)}).turned(outer);
 }
 
 Ref Graph::regroup(const std::vector<Point>& points) {
