@@ -33,23 +33,43 @@ Constant kernel_bin(int p, int root_inverse, int q) {
 struct Way {
   Graph graph;
   std::vector<Ref> inputs;
-  std::vector<int> input_nodes;
 
   explicit Way(int size) {
-    for (int i = 0; i < size; ++i) {
-      inputs.push_back(graph.input(i));
-      input_nodes.push_back(inputs.back().node);
-    }
+    for (int i = 0; i < size; ++i) inputs.push_back(graph.input(i));
   }
 };
 
+// Repeats a network in another graph on given values.
+std::vector<Ref> placed(const Graph& network, std::span<const Ref> outputs, Graph& target, std::span<const Ref> feed) {
+  std::vector<Ref> made(network.size());
+  for (int i : live_nodes(network, outputs)) {
+    const Node& node = network[i];
+    if (node.kind == Node::Kind::Input) {
+      made[i] = feed[node.cells[0]];
+      continue;
+    }
+    std::vector<Term> terms = node.terms;
+    for (Term& t : terms) t.ref = made[t.ref.node].turned(t.ref.turn);
+    made[i] = target.lin(terms);
+  }
+  std::vector<Ref> result;
+  for (Ref r : outputs) result.push_back(made[r.node].turned(r.turn));
+  return result;
+}
+
+// The transpose takes its signs from the network alone, not from the values it is fed with: it is made apart first.
 std::vector<Ref> way_back(const Way& way, const Bins& bins, const HalfSpectrum& product, Graph& target) {
-  std::vector<Ref> outputs, feed;
+  std::vector<int> nodes;
+  for (Ref r : way.inputs) nodes.push_back(r.node);
+  std::vector<Ref> outputs, feed, placeholders;
   for (const auto& [q, z] : bins) {
     outputs.push_back(z.re), feed.push_back(product[q].re);
     if (z.im) outputs.push_back(z.im), feed.push_back(product[q].im);
   }
-  return transpose(way.graph, way.input_nodes, outputs, target, feed);
+  Graph transposed;
+  for (size_t i = 0; i < feed.size(); ++i) placeholders.push_back(transposed.input(static_cast<int>(i)));
+  const std::vector<Ref> samples = transpose(way.graph, nodes, outputs, transposed, placeholders);
+  return placed(transposed, samples, target, feed);
 }
 
 }  // namespace
