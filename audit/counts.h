@@ -1,0 +1,34 @@
+// Tables of expected counts, and their comparison with what the bodies hold.
+//
+// A table is tab-separated with a header. Its first column is `function`; every other column is a count column, a
+// sum of them ("vaddss+vsubss"), or `frame_bytes`. A cell is a number, "<=" and a number, or "-" for no demand. A row
+// holds for every line of its function and for the function's twin.
+#pragma once
+
+#include "audit.h"
+
+namespace xfm::audit {
+
+struct BadTable : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct Demand {
+  std::string column;                // as in the header
+  std::vector<std::string> summands;
+  int value = 0;
+  bool at_most = false;
+};
+
+struct CountTable {
+  std::string path;
+  std::map<std::string, std::vector<Demand>> rows;  // by function
+};
+
+[[nodiscard]] CountTable read_count_table(const std::string& path);
+void compare_counts(const std::vector<CountTable>& tables, const std::vector<BodySummary>& bodies, Findings& findings);
+
+// Splits at `separator`; keeps empty fields.
+[[nodiscard]] std::vector<std::string> split(const std::string& text, char separator);
+
+}  // namespace xfm::audit

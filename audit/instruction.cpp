@@ -1,0 +1,195 @@
+#include "instruction.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace xfm::audit {
+namespace {
+
+struct Row {
+  ZydisMnemonic mnemonic;
+  Operation operation;
+};
+
+#define ARITHMETIC(op, kind)                                                        \
+  {ZYDIS_MNEMONIC_V##op##PS, {Kind::kind, Lanes::Single, false, false}},            \
+      {ZYDIS_MNEMONIC_V##op##PD, {Kind::kind, Lanes::Double, false, false}},        \
+      {ZYDIS_MNEMONIC_V##op##SS, {Kind::kind, Lanes::Single, true, false}},         \
+      {ZYDIS_MNEMONIC_V##op##SD, {Kind::kind, Lanes::Double, true, false}}
+#define PLAIN(op, kind) {ZYDIS_MNEMONIC_##op, {Kind::kind, Lanes::None, false, false}}
+#define ALIGNED(op) {ZYDIS_MNEMONIC_##op, {Kind::Move, Lanes::None, false, true}}
+
+// Everything a kernel may do with a vector register. What is not listed is Kind::Other.
+constexpr Row kOperations[] = {
+    ARITHMETIC(ADD, Add),
+    ARITHMETIC(SUB, Subtract),
+    ARITHMETIC(MUL, Multiply),
+    {ZYDIS_MNEMONIC_VADDSUBPS, {Kind::AddSubtract, Lanes::Single, false, false}},
+    {ZYDIS_MNEMONIC_VADDSUBPD, {Kind::AddSubtract, Lanes::Double, false, false}},
+    {ZYDIS_MNEMONIC_VCVTSS2SD, {Kind::Widen, Lanes::None, true, false}},
+    {ZYDIS_MNEMONIC_VCVTSD2SS, {Kind::Narrow, Lanes::None, true, false}},
+    {ZYDIS_MNEMONIC_VCVTPS2PD, {Kind::Widen, Lanes::None, false, false}},
+    {ZYDIS_MNEMONIC_VCVTPD2PS, {Kind::Narrow, Lanes::None, false, false}},
+    PLAIN(VSHUFPS, Shuffle), PLAIN(VSHUFPD, Shuffle), PLAIN(VPERMILPS, Shuffle), PLAIN(VPERMILPD, Shuffle),
+    PLAIN(VUNPCKLPS, Shuffle), PLAIN(VUNPCKHPS, Shuffle), PLAIN(VUNPCKLPD, Shuffle), PLAIN(VUNPCKHPD, Shuffle),
+    PLAIN(VPERM2F128, Shuffle), PLAIN(VMOVHLPS, Shuffle), PLAIN(VMOVLHPS, Shuffle), PLAIN(VMOVDDUP, Shuffle),
+    PLAIN(VMOVSHDUP, Shuffle), PLAIN(VMOVSLDUP, Shuffle), PLAIN(VINSERTF128, Shuffle), PLAIN(VEXTRACTF128, Shuffle),
+    PLAIN(VINSERTPS, Shuffle), PLAIN(VEXTRACTPS, Shuffle),
+    PLAIN(VMOVLPS, Insert), PLAIN(VMOVHPS, Insert), PLAIN(VMOVLPD, Insert), PLAIN(VMOVHPD, Insert),
+    PLAIN(VBROADCASTSS, Broadcast), PLAIN(VBROADCASTSD, Broadcast), PLAIN(VBROADCASTF128, Broadcast),
+    PLAIN(VBLENDPS, Blend), PLAIN(VBLENDPD, Blend), PLAIN(VBLENDVPS, Blend), PLAIN(VBLENDVPD, Blend),
+    PLAIN(VXORPS, Logic), PLAIN(VXORPD, Logic), PLAIN(VPXOR, Logic), PLAIN(VANDPS, Logic), PLAIN(VANDPD, Logic),
+    PLAIN(VANDNPS, Logic), PLAIN(VANDNPD, Logic), PLAIN(VORPS, Logic), PLAIN(VORPD, Logic),
+    PLAIN(VMOVUPS, Move), PLAIN(VMOVUPD, Move), PLAIN(VMOVDQU, Move), PLAIN(VLDDQU, Move),
+    PLAIN(VMOVSS, Move), PLAIN(VMOVSD, Move), PLAIN(VMOVD, Move), PLAIN(VMOVQ, Move),
+    ALIGNED(VMOVAPS), ALIGNED(VMOVAPD), ALIGNED(VMOVDQA),
+    PLAIN(VZEROUPPER, ZeroUpper),
+};
+
+#undef ARITHMETIC
+#undef PLAIN
+#undef ALIGNED
+
+struct Entry {
+  bool known = false;
+  Operation operation;
+};
+
+const std::array<Entry, ZYDIS_MNEMONIC_MAX_VALUE + 1>& operation_table() {
+  static const auto table = [] {
+    std::array<Entry, ZYDIS_MNEMONIC_MAX_VALUE + 1> out{};
+    for (const auto& row : kOperations) out[row.mnemonic] = {true, row.operation};
+    return out;
+  }();
+  return table;
+}
+
+// The same mnemonic does different work with and without a memory operand.
+Operation by_operand_form(Operation operation, const Instruction& instruction) {
+  const bool touches_memory = instruction.memory() != nullptr;
+  switch (instruction.mnemonic()) {
+    case ZYDIS_MNEMONIC_VMOVSS:
+    case ZYDIS_MNEMONIC_VMOVSD:
+      if (!touches_memory) operation.kind = Kind::Blend;
+      break;
+    case ZYDIS_MNEMONIC_VINSERTF128:
+    case ZYDIS_MNEMONIC_VEXTRACTF128:
+    case ZYDIS_MNEMONIC_VINSERTPS:
+    case ZYDIS_MNEMONIC_VEXTRACTPS:
+      if (touches_memory) operation.kind = Kind::Insert;
+      break;
+    case ZYDIS_MNEMONIC_VMOVDDUP:
+      if (touches_memory && instruction.vector_bits() == 128) operation.kind = Kind::Broadcast;
+      break;
+    case ZYDIS_MNEMONIC_VBROADCASTSS:
+    case ZYDIS_MNEMONIC_VBROADCASTSD:
+    case ZYDIS_MNEMONIC_VBROADCASTF128:
+      if (!touches_memory) operation.kind = Kind::Shuffle;
+      break;
+    default: break;
+  }
+  return operation;
+}
+
+Transfer transfer_of(const ZydisDecodedInstruction& raw) {
+  switch (raw.meta.category) {
+    case ZYDIS_CATEGORY_UNCOND_BR: return Transfer::Jump;
+    case ZYDIS_CATEGORY_COND_BR: return Transfer::Branch;
+    case ZYDIS_CATEGORY_CALL: return Transfer::Call;
+    case ZYDIS_CATEGORY_RET: return Transfer::Return;
+    case ZYDIS_CATEGORY_INTERRUPT: return Transfer::Trap;
+    default: break;
+  }
+  switch (raw.mnemonic) {
+    case ZYDIS_MNEMONIC_UD0:
+    case ZYDIS_MNEMONIC_UD1:
+    case ZYDIS_MNEMONIC_UD2:
+    case ZYDIS_MNEMONIC_HLT: return Transfer::Trap;
+    default: return Transfer::None;
+  }
+}
+
+std::optional<std::uint64_t> direct_target(const Instruction& instruction) {
+  for (const auto& operand : instruction.visible()) {
+    if (operand.type != ZYDIS_OPERAND_TYPE_IMMEDIATE || !operand.imm.is_relative) continue;
+    return instruction.end() + static_cast<std::uint64_t>(operand.imm.value.s);
+  }
+  return std::nullopt;
+}
+
+int widest_vector(const Instruction& instruction) {
+  int bits = 0;
+  for (const auto& operand : instruction.visible()) {
+    if (operand.type != ZYDIS_OPERAND_TYPE_REGISTER || !is_vector_register(operand.reg.value)) continue;
+    bits = std::max<int>(bits, ZydisRegisterGetWidth(ZYDIS_MACHINE_MODE_LONG_64, operand.reg.value));
+  }
+  return bits;
+}
+
+}  // namespace
+
+bool is_vector_register(ZydisRegister reg) {
+  switch (ZydisRegisterGetClass(reg)) {
+    case ZYDIS_REGCLASS_XMM:
+    case ZYDIS_REGCLASS_YMM:
+    case ZYDIS_REGCLASS_ZMM:
+    case ZYDIS_REGCLASS_MMX:
+    case ZYDIS_REGCLASS_X87:
+    case ZYDIS_REGCLASS_MASK: return true;
+    default: return false;
+  }
+}
+
+std::optional<int> general_register(ZydisRegister reg) {
+  const auto full = ZydisRegisterGetLargestEnclosing(ZYDIS_MACHINE_MODE_LONG_64, reg);
+  if (full < ZYDIS_REGISTER_RAX || full > ZYDIS_REGISTER_R15) return std::nullopt;
+  return full - ZYDIS_REGISTER_RAX;
+}
+
+bool Instruction::is_padding() const {
+  return raw.mnemonic == ZYDIS_MNEMONIC_NOP || raw.mnemonic == ZYDIS_MNEMONIC_INT3 ||
+         (raw.mnemonic == ZYDIS_MNEMONIC_XCHG && operands[0].type == ZYDIS_OPERAND_TYPE_REGISTER &&
+          operands[1].type == ZYDIS_OPERAND_TYPE_REGISTER && operands[0].reg.value == operands[1].reg.value);
+}
+
+const ZydisDecodedOperand* Instruction::memory() const {
+  for (const auto& operand : visible()) {
+    if (operand.type == ZYDIS_OPERAND_TYPE_MEMORY && operand.mem.type != ZYDIS_MEMOP_TYPE_AGEN && !is_padding())
+      return &operand;
+  }
+  return nullptr;
+}
+
+Decoder::Decoder() { ZydisDecoderInit(&decoder_, ZYDIS_MACHINE_MODE_LONG_64, ZYDIS_STACK_WIDTH_64); }
+
+std::optional<Instruction> Decoder::one(std::span<const std::uint8_t> bytes, std::uint64_t address) const {
+  Instruction out;
+  out.address = address;
+  if (!ZYAN_SUCCESS(ZydisDecoderDecodeFull(&decoder_, bytes.data(), bytes.size(), &out.raw, out.operands)))
+    return std::nullopt;
+  out.vector_bits_ = widest_vector(out);
+  out.transfer = transfer_of(out.raw);
+  if (out.transfer != Transfer::None) out.target = direct_target(out);
+  const auto& entry = operation_table()[out.raw.mnemonic];
+  if (entry.known) {
+    out.operation = by_operand_form(entry.operation, out);
+  } else {
+    out.operation.kind = out.vector_bits_ > 0 || out.is_vex() ? Kind::Other : Kind::Integer;
+  }
+  return out;
+}
+
+std::vector<Instruction> Decoder::sweep(std::span<const std::uint8_t> bytes, std::uint64_t address) const {
+  std::vector<Instruction> out;
+  while (!bytes.empty()) {
+    auto next = one(bytes, address);
+    if (!next) break;
+    bytes = bytes.subspan(next->raw.length);
+    address += next->raw.length;
+    out.push_back(*std::move(next));
+  }
+  return out;
+}
+
+}  // namespace xfm::audit

@@ -1,0 +1,428 @@
+#include "machine.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace xfm::audit {
+namespace {
+
+constexpr int kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
+constexpr int kLargestGrain = 4096;  // loaders place an image on page boundaries
+constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
+
+int grain_of(std::int64_t offset) {
+  if (offset == 0) return kLargestGrain;
+  const auto lowest = std::uint64_t{1} << std::countr_zero(static_cast<std::uint64_t>(offset));
+  return static_cast<int>(std::min<std::uint64_t>(lowest, kLargestGrain));
+}
+
+int grain_of(const Value& address) { return address.exact ? grain_of(address.offset) : address.grain; }
+
+bool is_address(const Value& value) { return value.kind == Value::Kind::Address; }
+
+Value shifted(Value value, std::int64_t by) {
+  if (value.kind == Value::Kind::Constant || (is_address(value) && value.exact)) {
+    value.offset += by;
+    return value;
+  }
+  if (is_address(value)) return Value::somewhere_in(value.region, std::min(value.grain, grain_of(by)));
+  return by == 0 ? value : Value{};
+}
+
+Value sum(const Value& a, const Value& b, int scale = 1) {
+  if (b.kind == Value::Kind::Constant) return shifted(a, b.offset * scale);
+  if (a.kind == Value::Kind::Constant && scale == 1) return shifted(b, a.offset);
+  if (is_address(a) && !is_address(b)) return Value::somewhere_in(a.region, std::min(grain_of(a), scale));
+  if (is_address(b) && !is_address(a) && scale == 1) return Value::somewhere_in(b.region, 1);
+  return {};
+}
+
+Value joined(const Value& a, const Value& b) {
+  if (a == b) return a;
+  if (is_address(a) && is_address(b) && a.region == b.region)
+    return Value::somewhere_in(a.region, std::min(grain_of(a), grain_of(b)));
+  return {};
+}
+
+// Src and dst pointers are compared with alignments up to 32 only, so larger offsets keep their low bits.
+Value low_bits(const Value& value) {
+  if (value.kind == Value::Kind::LowBits) return value;
+  if (!is_address(value) || !value.exact || value.offset % 32 != 0) return {};
+  if (value.region != Region::Src && value.region != Region::Dst) return {};
+  return {.kind = Value::Kind::LowBits, .low_of_src = value.region == Region::Src,
+          .low_of_dst = value.region == Region::Dst};
+}
+
+Value union_of_low_bits(const Value& a, const Value& b) {
+  const auto low_a = low_bits(a), low_b = low_bits(b);
+  if (low_a.kind != Value::Kind::LowBits || low_b.kind != Value::Kind::LowBits) return {};
+  return {.kind = Value::Kind::LowBits, .low_of_src = low_a.low_of_src || low_b.low_of_src,
+          .low_of_dst = low_a.low_of_dst || low_b.low_of_dst};
+}
+
+Value truncated_to_32(const Value& value) {
+  switch (value.kind) {
+    case Value::Kind::Constant: return Value::constant(static_cast<std::uint32_t>(value.offset));
+    case Value::Kind::Flag: return value;
+    default: return low_bits(value);
+  }
+}
+
+State join(const State& a, const State& b) {
+  State out;
+  for (std::size_t r = 0; r < out.registers.size(); ++r) out.registers[r] = joined(a.registers[r], b.registers[r]);
+  for (const auto& [slot, value] : a.slots) {
+    const auto other = b.slots.find(slot);
+    if (other == b.slots.end()) continue;
+    const auto both = joined(value, other->second);
+    if (both.kind != Value::Kind::Unknown) out.slots[slot] = both;
+  }
+  if (a.test == b.test) out.test = a.test;
+  out.src_alignment = std::min(a.src_alignment, b.src_alignment);
+  out.dst_alignment = std::min(a.dst_alignment, b.dst_alignment);
+  out.touched = a.touched || b.touched;
+  out.untouched = a.untouched || b.untouched;
+  out.stored = a.stored || b.stored;
+  out.upper_dirty = a.upper_dirty || b.upper_dirty;
+  return out;
+}
+
+class Machine {
+ public:
+  Machine(const std::vector<Instruction>& code, const Flow& flow) : code_(code), flow_(flow) {
+    trace_.reached.resize(code.size());
+  }
+
+  Trace run() {
+    settle();
+    recording_ = true;
+    for (const auto b : flow_.reachable) {
+      State state = entry_.at(b);
+      for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) {
+        trace_.reached[i] = true;
+        if (code_[i].transfer != Transfer::None) trace_.before_transfer[i] = state;
+        step(state, i);
+      }
+    }
+    trace_.at_block = std::move(entry_);
+    return std::move(trace_);
+  }
+
+ private:
+  static State at_entry() {
+    State state;
+    state.registers[kRdi] = Value::address(Region::Src, 0);
+    state.registers[kRsi] = Value::address(Region::Dst, 0);
+    state.registers[kRdx] = Value::flag();
+    state.registers[kRsp] = Value::address(Region::Stack, 0);
+    return state;
+  }
+
+  // Joins only lose knowledge, so this ends; without loops one pass in topological order is all there is.
+  void settle() {
+    entry_[flow_.reachable.front()] = at_entry();
+    for (bool changed = true; changed;) {
+      changed = false;
+      for (const auto b : flow_.reachable) {
+        const auto found = entry_.find(b);
+        if (found == entry_.end()) continue;
+        State state = found->second;
+        for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) step(state, i);
+        for (const auto to : flow_.blocks[b].successors) changed |= arrive(to, along_edge(state, b, to));
+      }
+      if (flow_.back_edges.empty()) break;
+    }
+  }
+
+  bool arrive(std::size_t block, const State& state) {
+    const auto [place, fresh] = entry_.try_emplace(block, state);
+    if (fresh) return true;
+    auto both = join(place->second, state);
+    if (both == place->second) return false;
+    place->second = std::move(both);
+    return true;
+  }
+
+  // A branch on the zero flag right after an alignment test proves the alignment on its zero side.
+  State along_edge(const State& state, std::size_t from, std::size_t to) const {
+    const auto& tail = code_[flow_.blocks[from].last - 1];
+    if (tail.transfer != Transfer::Branch || !state.test.valid || !tail.target) return state;
+    const bool taken = code_[flow_.blocks[to].first].address == *tail.target;
+    const bool zero = (tail.mnemonic() == ZYDIS_MNEMONIC_JZ && taken) ||
+                      (tail.mnemonic() == ZYDIS_MNEMONIC_JNZ && !taken);
+    if (!zero) return state;
+    State out = state;
+    const int alignment = 1 << std::min(5, std::countr_one(state.test.mask));
+    if (state.test.of_src) out.src_alignment = std::max(out.src_alignment, alignment);
+    if (state.test.of_dst) out.dst_alignment = std::max(out.dst_alignment, alignment);
+    return out;
+  }
+
+  Value register_value(const State& state, ZydisRegister reg) const {
+    const auto index = general_register(reg);
+    return index ? state.registers[*index] : Value{};
+  }
+
+  Value address_of(const State& state, const ZydisDecodedOperand& operand, const Instruction& instruction) const {
+    const auto& memory = operand.mem;
+    if (memory.segment == ZYDIS_REGISTER_FS || memory.segment == ZYDIS_REGISTER_GS) return {};
+    if (memory.base == ZYDIS_REGISTER_RIP)
+      return Value::address(Region::Image, static_cast<std::int64_t>(instruction.end()) + memory.disp.value);
+    Value base = memory.base == ZYDIS_REGISTER_NONE ? Value::constant(0) : register_value(state, memory.base);
+    base = shifted(base, memory.disp.value);
+    if (memory.index == ZYDIS_REGISTER_NONE) return base;
+    return sum(base, register_value(state, memory.index), memory.scale);
+  }
+
+  int proven_alignment(const State& state, const Value& address) const {
+    switch (address.region) {
+      case Region::Src: return std::min(state.src_alignment, grain_of(address));
+      case Region::Dst: return std::min(state.dst_alignment, grain_of(address));
+      case Region::Stack: return std::min(16, grain_of(shifted(address, 8)));  // entry: return address just pushed
+      case Region::AlignedStack: return std::min(stack_alignment_, grain_of(address));
+      case Region::Image: return grain_of(address);
+      case Region::None: break;
+    }
+    return 1;
+  }
+
+  // Lowest and highest offset from the entry stack pointer that an address may have.
+  [[nodiscard]] std::pair<std::int64_t, std::int64_t> entry_offsets(Region region, std::int64_t offset) const {
+    if (region == Region::AlignedStack) return {aligned_from_ - (stack_alignment_ - 1) + offset, aligned_from_ + offset};
+    return {offset, offset};
+  }
+
+  static bool is_stack(Region region) { return region == Region::Stack || region == Region::AlignedStack; }
+
+  void note_depth(const Value& address) {
+    if (!is_stack(address.region)) return;
+    if (!address.exact) return;  // indexed frame access: its allocation is seen through the stack pointer
+    trace_.deepest = std::min(trace_.deepest, entry_offsets(address.region, address.offset).first);
+  }
+
+  void forget_overlap(State& state, const Value& address, int bytes) {
+    if (!is_address(address) || (is_stack(address.region) && !address.exact)) {
+      state.slots.clear();
+      return;
+    }
+    if (!is_stack(address.region)) return;
+    const auto [low, high] = entry_offsets(address.region, address.offset);
+    std::erase_if(state.slots, [&](const auto& entry) {
+      const auto& slot = entry.first;
+      if (slot.region == address.region) return slot.offset < address.offset + bytes && address.offset < slot.offset + 8;
+      const auto [slot_low, slot_high] = entry_offsets(slot.region, slot.offset);
+      return slot_low < high + bytes && low < slot_high + 8;
+    });
+  }
+
+  void set_slot(State& state, const Value& address, const Value& value) {
+    if (!is_stack(address.region) || !address.exact || value.kind == Value::Kind::Unknown) return;
+    state.slots[{address.region, address.offset}] = value;
+  }
+
+  Value slot(const State& state, const Value& address) const {
+    if (!is_stack(address.region) || !address.exact) return {};
+    const auto found = state.slots.find({address.region, address.offset});
+    return found == state.slots.end() ? Value{} : found->second;
+  }
+
+  void touch_memory(State& state, std::size_t index) {
+    const auto& instruction = code_[index];
+    for (const auto& operand : instruction.visible()) {
+      if (operand.type != ZYDIS_OPERAND_TYPE_MEMORY || &operand != instruction.memory()) continue;
+      const auto address = address_of(state, operand, instruction);
+      Access access{.instruction = index,
+                    .region = is_address(address) ? address.region : Region::None,
+                    .exact = is_address(address) && address.exact,
+                    .offset = address.offset,
+                    .bytes = operand.size / 8,
+                    .reads = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_READ) != 0,
+                    .writes = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE) != 0,
+                    .after_store = state.stored,
+                    .proven_alignment = proven_alignment(state, address)};
+      if (recording_) trace_.accesses.push_back(access);
+      note_depth(address);
+      if (access.writes) forget_overlap(state, address, access.bytes);
+      if (access.region != Region::Src && access.region != Region::Dst) continue;
+      state.touched = true;
+      state.untouched = false;
+      if (access.writes) state.stored = true;
+    }
+  }
+
+  void set_register(State& state, const ZydisDecodedOperand& operand, const Value& value) {
+    const auto index = general_register(operand.reg.value);
+    if (!index) return;
+    if (operand.size == 64) state.registers[*index] = value;
+    else if (operand.size == 32) state.registers[*index] = truncated_to_32(value);
+    else state.registers[*index] = {};
+  }
+
+  // What an integer instruction reads from one of its operands.
+  Value operand_value(const State& state, const ZydisDecodedOperand& operand, const Instruction& instruction) const {
+    switch (operand.type) {
+      case ZYDIS_OPERAND_TYPE_REGISTER: return register_value(state, operand.reg.value);
+      case ZYDIS_OPERAND_TYPE_IMMEDIATE: return Value::constant(operand.imm.value.s);
+      case ZYDIS_OPERAND_TYPE_MEMORY:
+        return operand.size == 64 ? slot(state, address_of(state, operand, instruction)) : Value{};
+      default: return {};
+    }
+  }
+
+  static bool is_register(const ZydisDecodedOperand& operand) { return operand.type == ZYDIS_OPERAND_TYPE_REGISTER; }
+
+  void push(State& state, const Value& value) {
+    auto& top = state.registers[kRsp];
+    top = shifted(top, -8);
+    forget_overlap(state, top, 8);
+    set_slot(state, top, value);
+  }
+
+  Value pop(State& state) {
+    auto& top = state.registers[kRsp];
+    const auto value = slot(state, top);
+    top = shifted(top, 8);
+    return value;
+  }
+
+  void align_stack(State& state, std::int64_t mask) {
+    auto& top = state.registers[kRsp];
+    const auto alignment = -mask;
+    const bool usable = top.region == Region::Stack && top.exact && alignment >= 16 && alignment <= kLargestGrain &&
+                        std::has_single_bit(static_cast<std::uint64_t>(alignment));
+    const bool repeated = stack_alignment_ != 1 && (aligned_from_ != top.offset || stack_alignment_ != alignment);
+    if (!usable || repeated) {
+      top = {};
+      return;
+    }
+    aligned_from_ = top.offset;
+    stack_alignment_ = static_cast<int>(alignment);
+    top = Value::address(Region::AlignedStack, 0);
+  }
+
+  AlignmentTest alignment_test(const State& state, const Instruction& instruction) const {
+    const auto& left = instruction.operands[0];
+    const auto& right = instruction.operands[1];
+    if (!is_register(left) || right.type != ZYDIS_OPERAND_TYPE_IMMEDIATE) return {};
+    if (left.reg.value >= ZYDIS_REGISTER_AH && left.reg.value <= ZYDIS_REGISTER_BH) return {};
+    const auto low = low_bits(register_value(state, left.reg.value));
+    if (low.kind != Value::Kind::LowBits) return {};
+    return {.valid = true, .of_src = low.low_of_src, .of_dst = low.low_of_dst, .mask = right.imm.value.u};
+  }
+
+  // The second operand of a commutative "op r, r" with both the same register.
+  static bool same_register(const Instruction& instruction) {
+    return is_register(instruction.operands[0]) && is_register(instruction.operands[1]) &&
+           instruction.operands[0].reg.value == instruction.operands[1].reg.value;
+  }
+
+  void integer_effects(State& state, const Instruction& instruction) {
+    const auto& first = instruction.operands[0];
+    const auto& second = instruction.operands[1];
+    const auto left = [&] { return operand_value(state, first, instruction); };
+    const auto right = [&] { return operand_value(state, second, instruction); };
+    switch (instruction.mnemonic()) {
+      case ZYDIS_MNEMONIC_MOV:
+        if (is_register(first)) set_register(state, first, right());
+        else if (first.size == 64) set_slot(state, address_of(state, first, instruction), right());
+        return;
+      case ZYDIS_MNEMONIC_LEA: set_register(state, first, address_of(state, second, instruction)); return;
+      case ZYDIS_MNEMONIC_ADD:
+        if (is_register(first)) set_register(state, first, sum(left(), right()));
+        return;
+      case ZYDIS_MNEMONIC_SUB:
+        if (!is_register(first)) return;
+        if (const auto by = right(); by.kind == Value::Kind::Constant) set_register(state, first, shifted(left(), -by.offset));
+        else set_register(state, first, {});
+        return;
+      case ZYDIS_MNEMONIC_XOR:
+        if (is_register(first)) set_register(state, first, same_register(instruction) ? Value::constant(0) : Value{});
+        return;
+      case ZYDIS_MNEMONIC_OR:
+        if (is_register(first)) set_register(state, first, union_of_low_bits(left(), right()));
+        return;
+      case ZYDIS_MNEMONIC_AND:
+        if (is_register(first) && general_register(first.reg.value) == kRsp && second.type == ZYDIS_OPERAND_TYPE_IMMEDIATE)
+          align_stack(state, second.imm.value.s);
+        else if (is_register(first)) set_register(state, first, {});
+        return;
+      case ZYDIS_MNEMONIC_PUSH: push(state, left()); return;
+      case ZYDIS_MNEMONIC_POP: {
+        const auto value = pop(state);
+        if (is_register(first)) set_register(state, first, value);
+        return;
+      }
+      case ZYDIS_MNEMONIC_LEAVE:
+        state.registers[kRsp] = state.registers[kRbp];
+        state.registers[kRbp] = pop(state);
+        return;
+      case ZYDIS_MNEMONIC_XCHG:
+        if (!is_register(first) || !is_register(second)) break;
+        {
+          const auto a = left(), b = right();
+          set_register(state, first, b);
+          set_register(state, second, a);
+        }
+        return;
+      default: break;
+    }
+    if (instruction.raw.meta.category == ZYDIS_CATEGORY_CMOV) {
+      set_register(state, first, joined(left(), right()));
+      return;
+    }
+    if (instruction.transfer == Transfer::Call) {
+      for (const auto r : kCallerSaved) state.registers[r] = {};
+      state.slots.clear();
+      return;
+    }
+    if (instruction.transfer != Transfer::None) return;
+    for (const auto& operand : instruction.all())
+      if (is_register(operand) && (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE)) set_register(state, operand, {});
+  }
+
+  void vector_effects(State& state, const Instruction& instruction) {
+    const auto mnemonic = instruction.mnemonic();
+    if (mnemonic == ZYDIS_MNEMONIC_VZEROUPPER || mnemonic == ZYDIS_MNEMONIC_VZEROALL) state.upper_dirty = false;
+    for (const auto& operand : instruction.visible()) {
+      const bool written = is_register(operand) && (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE);
+      if (written && ZydisRegisterGetClass(operand.reg.value) == ZYDIS_REGCLASS_YMM) state.upper_dirty = true;
+    }
+    if (instruction.transfer == Transfer::Call) state.upper_dirty = false;
+  }
+
+  void flag_effects(State& state, const Instruction& instruction, const AlignmentTest& test) {
+    const auto* flags = instruction.raw.cpu_flags;
+    if (flags != nullptr && (flags->modified | flags->set_0 | flags->set_1 | flags->undefined) != 0) state.test = test;
+    if (instruction.transfer == Transfer::Call) state.test = {};
+  }
+
+  void step(State& state, std::size_t index) {
+    const auto& instruction = code_[index];
+    const bool tests = instruction.mnemonic() == ZYDIS_MNEMONIC_TEST || instruction.mnemonic() == ZYDIS_MNEMONIC_AND;
+    const auto test = tests ? alignment_test(state, instruction) : AlignmentTest{};
+    touch_memory(state, index);
+    integer_effects(state, instruction);
+    vector_effects(state, instruction);
+    flag_effects(state, instruction, test);
+    const auto& top = state.registers[kRsp];
+    if (!is_stack(top.region) || !top.exact) trace_.stack_lost = true;
+    else note_depth(top);
+  }
+
+  const std::vector<Instruction>& code_;
+  const Flow& flow_;
+  std::map<std::size_t, State> entry_;
+  Trace trace_;
+  bool recording_ = false;
+  int stack_alignment_ = 1;
+  std::int64_t aligned_from_ = 0;
+};
+
+}  // namespace
+
+Trace run(const std::vector<Instruction>& code, const Flow& flow) {
+  if (code.empty()) return {};
+  return Machine(code, flow).run();
+}
+
+}  // namespace xfm::audit

@@ -1,0 +1,95 @@
+// A small abstract machine: it runs a function's integer side and knows, at every instruction, which registers and
+// stack slots hold src, dst, the flag, a stack or a constant-pool address. What it cannot know it calls unknown; it
+// never guesses.
+#pragma once
+
+#include "flow.h"
+
+#include <array>
+#include <map>
+
+namespace xfm::audit {
+
+enum class Region {
+  None,
+  Src,
+  Dst,
+  Stack,         // offsets from the stack pointer at entry
+  AlignedStack,  // offsets from the stack pointer after it was aligned downwards
+  Image,         // an address of the shared object itself
+};
+
+struct Value {
+  enum class Kind { Unknown, Constant, Address, LowBits, Flag };
+  Kind kind = Kind::Unknown;
+  Region region = Region::None;
+  bool exact = false;        // Address: the offset is known
+  std::int64_t offset = 0;   // Address: offset into the region; Constant: its value
+  int grain = 1;             // inexact Address: a power of two that divides every offset it may have
+  bool low_of_src = false;   // LowBits: the low bits are those of src, of dst, or of src | dst
+  bool low_of_dst = false;
+
+  static Value constant(std::int64_t value) { return {.kind = Kind::Constant, .exact = true, .offset = value}; }
+  static Value address(Region region, std::int64_t offset) {
+    return {.kind = Kind::Address, .region = region, .exact = true, .offset = offset};
+  }
+  static Value somewhere_in(Region region, int grain) {
+    return {.kind = Kind::Address, .region = region, .grain = grain};
+  }
+  static Value flag() { return {.kind = Kind::Flag}; }
+  bool operator==(const Value&) const = default;
+};
+
+struct StackSlot {
+  Region region;
+  std::int64_t offset;
+  auto operator<=>(const StackSlot&) const = default;
+};
+
+// "Zero flag set means the low bits under `mask` of the named pointers are all zero."
+struct AlignmentTest {
+  bool valid = false;
+  bool of_src = false;
+  bool of_dst = false;
+  std::uint64_t mask = 0;
+  bool operator==(const AlignmentTest&) const = default;
+};
+
+struct State {
+  std::array<Value, 16> registers{};
+  std::map<StackSlot, Value> slots;  // only slots that hold something worth knowing
+  AlignmentTest test;
+  int src_alignment = 1;   // proven by the gate
+  int dst_alignment = 1;
+  bool touched = false;    // src or dst was accessed on some path to here
+  bool untouched = true;   // ... or not accessed on some path to here
+  bool stored = false;     // dst was stored to on some path to here
+  bool upper_dirty = false;
+  bool operator==(const State&) const = default;
+};
+
+struct Access {
+  std::size_t instruction = 0;
+  Region region = Region::None;
+  bool exact = false;
+  std::int64_t offset = 0;
+  int bytes = 0;
+  bool reads = false;
+  bool writes = false;
+  bool after_store = false;     // a store to dst may have come before
+  int proven_alignment = 1;     // of the address, as far as the machine knows
+};
+
+// What the machine saw while running the whole function.
+struct Trace {
+  std::map<std::size_t, State> at_block;         // by block index, for reached blocks
+  std::map<std::size_t, State> before_transfer;  // by instruction index: jumps, calls, returns that are reached
+  std::vector<bool> reached;                     // per instruction
+  std::vector<Access> accesses;                  // in the order of execution
+  std::int64_t deepest = 0;                      // lowest stack offset from entry that is allocated or touched, worst case
+  bool stack_lost = false;                       // the stack pointer became unknown somewhere
+};
+
+[[nodiscard]] Trace run(const std::vector<Instruction>& code, const Flow& flow);
+
+}  // namespace xfm::audit

@@ -1,0 +1,6 @@
+/* A choice after the first load.
+   expects: straight-line xfmgDFTFwd_CToC_20_64fc
+*/
+#include "pieces.inc"
+#define WORK cmp edx, 8; je 60f; vmovapd ymm2, ymm3; 60:
+#include "pair20.inc"

@@ -1,0 +1,197 @@
+/* One sound body of every kind: no rule may speak.
+   imports: xfmMalloc xfmFree
+   counts: pair20.tsv good.tsv
+*/
+#include "pieces.inc"
+#include "pair20.inc"
+#include "single5.inc"
+
+/* Plain scalar, components one by one. */
+begin xfmgDFTFwd_CToC_2_32fc
+  null_and_flag_tests singles
+  vmovss xmm0, [rdi]
+  vmovss xmm1, [rdi + 4]
+  vmovss xmm2, [rdi + 8]
+  vmovss xmm3, [rdi + 12]
+  vaddss xmm4, xmm0, xmm2
+  vsubss xmm5, xmm0, xmm2
+  vaddss xmm6, xmm1, xmm3
+  vsubss xmm7, xmm1, xmm3
+.irp i, 4, 5, 6, 7
+  vmulss xmm\i, xmm\i, [rax]
+.endr
+  vmovss [rsi], xmm4
+  vmovss [rsi + 4], xmm6
+  vmovss [rsi + 8], xmm5
+  vmovss [rsi + 12], xmm7
+  xor eax, eax
+  ret
+  refusals
+finish xfmgDFTFwd_CToC_2_32fc
+
+/* Two straight lines behind a 16-byte gate. */
+.macro two move
+  vmovapd xmm2, [rax]
+  \move xmm0, [rdi]
+  \move xmm1, [rdi + 16]
+  vaddpd xmm3, xmm0, xmm1
+  vsubpd xmm1, xmm0, xmm1
+  vmulpd xmm3, xmm3, xmm2
+  vmulpd xmm1, xmm1, xmm2
+  \move [rsi], xmm3
+  \move [rsi + 16], xmm1
+  xor eax, eax
+  ret
+.endm
+begin xfmgDFTInv_CToC_2_64fc
+  test dil, 15
+  jne 70f
+  test sil, 15
+  jne 70f
+  null_and_flag_tests doubles
+  two vmovapd
+  refusals
+70:
+  null_and_flag_tests doubles
+  two vmovupd
+  refusals
+finish xfmgDFTInv_CToC_2_64fc
+
+/* Two 256-bit lines behind a 32-byte gate that follows the null tests, with a realigned frame, a spilled value and
+   a pointer kept on the stack. */
+.macro eight move
+  push rbp
+  mov rbp, rsp
+  and rsp, -32
+  sub rsp, 96
+  mov [rsp + 8], rdi
+  vbroadcastsd ymm15, [rax]
+  \move ymm0, [rdi]
+  \move ymm1, [rdi + 32]
+  vmovapd [rsp + 32], ymm0
+  mov rcx, [rsp + 8]
+  \move ymm2, [rcx + 64]
+  \move ymm3, [rdi + 96]
+  vaddpd ymm4, ymm1, ymm3
+  vmulpd ymm4, ymm4, ymm15
+  vmulpd ymm1, ymm15, [rsp + 32]
+  \move [rsi], ymm1
+  \move [rsi + 32], ymm2
+  lea rdx, [rsi + 64]
+  \move [rdx], ymm3
+  \move [rdx + 32], ymm4
+  xor eax, eax
+  vzeroupper
+  leave
+  ret
+.endm
+begin xfmgDFTFwd_CToC_8_64fc
+  test rdi, rdi
+  je 90f
+  test rsi, rsi
+  je 90f
+  mov eax, edi
+  and eax, 31
+  jne 70f
+  test sil, 31
+  jne 70f
+  null_and_flag_tests doubles
+  eight vmovapd
+70:
+  null_and_flag_tests doubles
+  eight vmovupd
+  refusals
+finish xfmgDFTFwd_CToC_8_64fc
+
+/* Mixed precision with a zero cell. */
+begin xfmgDFTFwd_RToCCS_3_32f
+  null_and_flag_tests singles
+  vmovss xmm0, [rdi]
+  vmovss xmm1, [rdi + 4]
+  vmovss xmm2, [rdi + 8]
+  vaddss xmm3, xmm1, xmm2
+  vsubss xmm4, xmm1, xmm2
+  vaddss xmm5, xmm0, xmm3
+  vxorps xmm6, xmm6, xmm6
+  vcvtss2sd xmm4, xmm4, xmm4
+  vmulsd xmm4, xmm4, [rip + doubles + 16]
+  vcvtsd2ss xmm4, xmm4, xmm4
+  vsubss xmm4, xmm6, xmm4
+  vmulss xmm5, xmm5, [rax]
+  vmovss [rsi], xmm5
+  mov dword ptr [rsi + 4], 0
+  vmovss [rsi + 8], xmm3
+  vmovss [rsi + 12], xmm4
+  xor eax, eax
+  ret
+  refusals
+finish xfmgDFTFwd_RToCCS_3_32f
+
+/* An inverse that leaves the two zero cells alone. */
+begin xfmgDFTInv_CCSToR_2_64f
+  null_and_flag_tests doubles
+  vmovsd xmm0, [rdi]
+  vmovsd xmm1, [rdi + 16]
+  vaddsd xmm2, xmm0, xmm1
+  vsubsd xmm0, xmm0, xmm1
+  vmulsd xmm2, xmm2, [rax]
+  vmulsd xmm0, xmm0, [rax]
+  vmovsd [rsi], xmm2
+  vmovsd [rsi + 8], xmm0
+  xor eax, eax
+  ret
+  refusals
+finish xfmgDFTInv_CCSToR_2_64f
+
+/* Passes: a loop, an allocation, and a call frame that is left as it was. */
+begin xfmgWHT_8_32f
+  test dil, 15
+  jne 70f
+  test sil, 15
+  jne 70f
+  push rbx
+  mov rbx, rdi
+  mov edi, 1024
+  call xfmMalloc@PLT
+  xor ecx, ecx
+60:
+  vmovaps xmm0, [rbx + rcx]
+  vaddps xmm0, xmm0, xmm0
+  vmovaps [rax + rcx], xmm0
+  add rcx, 16
+  cmp rcx, 1024
+  jne 60b
+  mov rdi, rax
+  call [rip + xfmFree@GOTPCREL]
+  xor eax, eax
+  pop rbx
+  ret
+70:
+  jmp owngWHT_8_32f_unaligned
+finish xfmgWHT_8_32f
+.hidden owngWHT_8_32f_unaligned
+begin owngWHT_8_32f_unaligned
+  vmovups xmm0, [rdi]
+  vaddps xmm0, xmm0, xmm0
+  vmovups [rsi], xmm0
+  xor eax, eax
+  ret
+finish owngWHT_8_32f_unaligned
+
+/* A dispatcher. */
+begin xfmgDFTFwd_CToC_64fc
+  sub edx, 2
+  cmp edx, 62
+  ja 95f
+  lea rax, [rip + entries]
+  mov eax, edx
+  mov edx, ecx
+  lea r8, [rip + entries]
+  jmp [r8 + rax*8]
+95:
+  mov eax, -6
+  ret
+finish xfmgDFTFwd_CToC_64fc
+.section .data.rel.ro, "aw"
+  .p2align 3
+entries: .quad xfmgDFTFwd_CToC_2_32fc

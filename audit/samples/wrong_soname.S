@@ -1,0 +1,5 @@
+/* Another soname.
+   expects: soname library
+*/
+#include "pieces.inc"
+#include "pair20.inc"
