@@ -13,26 +13,26 @@ namespace {
 using namespace xfm::audit;
 
 constexpr const char* kUsage =
-    "usage: xfm_audit LIBRARY --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
-    "                 [--counts FILE]... [--report FILE]\n";
+    "usage: xfm_audit check LIBRARY --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
+    "                 [--counts FILE]... [--report FILE]\n"
+    "       xfm_audit report LIBRARY --report FILE\n";
 
 struct Options {
-  std::string library, exports, report;
+  std::string command, library, exports, report;
   std::vector<std::string> counts;
   Expected expected;
+
+  [[nodiscard]] bool complete() const {
+    if (command == "report") return !report.empty();
+    return command == "check" && !expected.soname.empty() && !exports.empty();
+  }
 };
 
 std::optional<Options> parse(int argc, char** argv) {
-  Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string name = argv[i];
-    if (!name.starts_with("--")) {
-      if (!options.library.empty()) return std::nullopt;
-      options.library = name;
-      continue;
-    }
-    if (++i == argc) return std::nullopt;
-    const std::string value = argv[i];
+  if (argc < 3) return std::nullopt;
+  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .counts = {}, .expected = {}};
+  for (int i = 3; i + 1 < argc; i += 2) {
+    const std::string name = argv[i], value = argv[i + 1];
     if (name == "--soname") options.expected.soname = value;
     else if (name == "--exports") options.exports = value;
     else if (name == "--needed") options.expected.needed.insert(value);
@@ -41,16 +41,23 @@ std::optional<Options> parse(int argc, char** argv) {
     else if (name == "--report") options.report = value;
     else return std::nullopt;
   }
-  if (options.library.empty() || options.expected.soname.empty() || options.exports.empty()) return std::nullopt;
+  if (argc % 2 == 0 || !options.complete()) return std::nullopt;
   return options;
 }
 
+// The first column of a table, below its header.
 std::set<std::string> read_names(const std::string& path) {
   std::ifstream in(path);
   if (!in) throw BadTable(path + ": cannot be opened");
   std::set<std::string> names;
-  for (std::string name; std::getline(in, name);)
-    if (!name.empty() && !name.starts_with('#')) names.insert(name);
+  bool in_table = false;
+  for (std::string row; std::getline(in, row);) {
+    if (row.empty() || row.starts_with('#')) continue;
+    const auto name = split(row, '\t').front();
+    if (!in_table && name != "name") throw BadTable(path + ": the first column must be 'name'");
+    if (in_table && !names.insert(name).second) throw BadTable(path + ": " + name + " stands twice");
+    in_table = true;
+  }
   if (names.empty()) throw BadTable(path + ": no name");
   return names;
 }
@@ -63,23 +70,29 @@ void save_report(const std::string& path, const std::vector<BodySummary>& bodies
   if (!out || std::rename(part.c_str(), path.c_str()) != 0) throw BadTable(path + ": cannot be written");
 }
 
+void print_summary(const Options& options, const AuditResult& result, const std::vector<CountTable>& tables,
+                   std::chrono::duration<double> taken) {
+  std::size_t kernels = 0, rows = 0;
+  for (const auto& body : result.bodies) kernels += body.promise.has_value();
+  for (const auto& table : tables) rows += table.rows.size();
+  std::cout << options.library << ": " << result.findings.size() << " findings; " << result.bodies.size()
+            << " functions, " << kernels << " of them kernels and twins, " << options.expected.exports.size()
+            << " exports, " << rows << " rows of counts; " << taken.count() << " s\n";
+}
+
 int run(Options options) {
   const auto start = std::chrono::steady_clock::now();
-  options.expected.exports = read_names(options.exports);
+  const bool judged = options.command == "check";
   std::vector<CountTable> tables;
+  if (judged) options.expected.exports = read_names(options.exports);
   for (const auto& path : options.counts) tables.push_back(read_count_table(path));
   auto result = audit(ElfImage(options.library), options.expected);
   compare_counts(tables, result.bodies, result.findings);
   if (!options.report.empty()) save_report(options.report, result.bodies);
+  if (!judged) return 0;
   for (const auto& finding : result.findings)
     std::cout << finding.rule << '\t' << finding.where << '\t' << finding.detail << '\n';
-  int kernels = 0, counted = 0;
-  for (const auto& body : result.bodies) kernels += body.promise.has_value();
-  for (const auto& table : tables) counted += static_cast<int>(table.rows.size());
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-  std::cout << options.library << ": " << result.findings.size() << " findings; " << result.bodies.size()
-            << " functions, " << kernels << " of them kernels and twins, " << options.expected.exports.size()
-            << " exports, " << counted << " rows of counts; " << taken.count() << " s\n";
+  print_summary(options, result, tables, std::chrono::steady_clock::now() - start);
   return result.findings.empty() ? 0 : 1;
 }
 
