@@ -1,0 +1,186 @@
+// The precision rule of the single-precision kernels stands in the types of this file. A held value is a single; an
+// open expression is a double. Sums of held values are held; only what has been widened can meet a constant, and what
+// has met one stays open until it is narrowed. So a flow cannot be lowered with a product in single precision, with two
+// roundings inside an expression, or with a double value carried from stage to stage.
+//
+// In the double-precision kernels both are doubles and widening and narrowing are nothing.
+#include "rdft/lower.h"
+
+#include <optional>
+#include <variant>
+
+#include "generator/check.h"
+#include "generator/passes.h"
+
+namespace xfm::rdft {
+
+namespace {
+
+struct Held {
+  int value;
+};
+struct Open {
+  int value;
+};
+using Value = std::variant<Held, Open>;
+
+class Arithmetic {
+ public:
+  Arithmetic(Program& program, Precision precision)
+      : p_(program), type_(precision == Precision::Single ? Type::F32 : Type::F64) {}
+
+  Held load(int cell) { return {p_.emit({.op = Op::Load, .type = type_, .cell = cell})}; }
+  Held twice(Held a) { return {binary(Op::Mul, type_, a.value, p_.constant(type_, {2}))}; }
+  Held add(Held a, Held b) { return {binary(Op::Add, type_, a.value, b.value)}; }
+  Held sub(Held a, Held b) { return {binary(Op::Sub, type_, a.value, b.value)}; }
+  Held negated(Held a) { return sub({zero(type_)}, a); }
+  Held scaled(Held a) { return {binary(Op::Mul, type_, scale(), a.value)}; }
+
+  Open widen(Held a) { return {wide() ? a.value : convert(Op::Widen, Type::F64, a.value)}; }
+  Open product(Real c, Open a) { return {binary(Op::Mul, Type::F64, p_.constant(Type::F64, {c}), a.value)}; }
+  Open add(Open a, Open b) { return {binary(Op::Add, Type::F64, a.value, b.value)}; }
+  Open sub(Open a, Open b) { return {binary(Op::Sub, Type::F64, a.value, b.value)}; }
+  Open negated(Open a) { return sub({zero(Type::F64)}, a); }
+  // The scale is a literal of the kernel's precision; it is widened like any held value.
+  Open scaled(Open a) { return {binary(Op::Mul, Type::F64, widen({scale()}).value, a.value)}; }
+  Held narrow(Open a) { return {wide() ? a.value : convert(Op::Narrow, Type::F32, a.value)}; }
+
+  void store(Held a, int cell) { p_.store(StoreKind::Full, a.value, cell); }
+  void store_zero(int cell) { p_.store(StoreKind::Full, zero(type_), cell); }
+
+ private:
+  bool wide() const { return type_ == Type::F64; }
+  int scale() { return p_.emit({.op = Op::Scale, .type = type_}); }
+  int zero(Type type) { return p_.emit({.op = Op::Zero, .type = type}); }
+  int convert(Op op, Type type, int a) { return p_.emit({.op = op, .type = type, .a = a}); }
+  int binary(Op op, Type type, int a, int b) { return p_.emit({.op = op, .type = type, .a = a, .b = b}); }
+
+  Program& p_;
+  Type type_;
+};
+
+// Adds and subtracts the terms one after the other, beginning with the first that is not subtracted.
+template <class T, class Operand>
+T chain(Arithmetic& math, const std::vector<Term>& terms, Operand operand) {
+  size_t first = 0;
+  while (terms[first].ref.turn != 0) ++first;
+  T sum = operand(terms[first]);
+  for (size_t i = 0; i < terms.size(); ++i) {
+    if (i == first) continue;
+    const T next = operand(terms[i]);
+    sum = terms[i].ref.turn == 0 ? math.add(sum, next) : math.sub(sum, next);
+  }
+  return sum;
+}
+
+class Lowering {
+ public:
+  Lowering(const Flow& flow, Layout source, Precision precision)
+      : flow_(flow), source_(source), math_(program_, precision), values_(flow.graph.size()),
+        open_(open_cells(flow)), folded_(folded_doublings(flow)) {}
+
+  Program run(Layout target) {
+    for (int i : live_nodes(flow_.graph, flow_.outputs)) values_[i] = value(i);
+    const int n = static_cast<int>(flow_.outputs.size());
+    for (int place = 0; place < n; ++place) store(flow_.outputs[place], position(target, n, place));
+    for (int cell : zero_positions(target, n)) math_.store_zero(cell);
+    return std::move(program_);
+  }
+
+ private:
+  Value value(int i) {
+    const Node& node = flow_.graph[i];
+    if (node.kind == Node::Kind::Input) return input(node.cells[0]);
+    if (!flow_.is_wide(i)) return chain<Held>(math_, node.terms, [&](const Term& t) { return held(t.ref.node); });
+    const Open sum = chain<Open>(math_, node.terms, [&](const Term& t) { return operand(t); });
+    if (flow_.wide[i] || open_[i]) return sum;
+    return math_.narrow(sum);
+  }
+
+  Held input(int place) {
+    const Held loaded = math_.load(position(source_, static_cast<int>(flow_.outputs.size()), place));
+    return flow_.doubled[place] && !folded_[place] ? math_.twice(loaded) : loaded;
+  }
+
+  Held held(int node) const {
+    check(values_[node] && std::holds_alternative<Held>(*values_[node]), "a sum of held values has held operands");
+    return std::get<Held>(*values_[node]);
+  }
+
+  Open operand(const Term& t) {
+    const Value& v = *values_[t.ref.node];
+    const Open a = std::holds_alternative<Open>(v) ? std::get<Open>(v) : math_.widen(std::get<Held>(v));
+    const Node& node = flow_.graph[t.ref.node];
+    const bool folded = node.kind == Node::Kind::Input && folded_[node.cells[0]];
+    if (t.coef.unit()) return a;
+    return math_.product(folded ? 2 * t.coef.lane(0) : t.coef.lane(0), a);
+  }
+
+  // The scale is the last multiplication, behind it only the subtraction from zero of a negated cell.
+  void store(Ref cell, int position) {
+    const bool negated = cell.turn == 2;
+    const Value& v = *values_[cell.node];
+    if (const Held* a = std::get_if<Held>(&v)) {
+      const Held out = math_.scaled(*a);
+      math_.store(negated ? math_.negated(out) : out, position);
+    } else {
+      const Open out = math_.scaled(std::get<Open>(v));
+      math_.store(math_.narrow(negated ? math_.negated(out) : out), position);
+    }
+  }
+
+  const Flow& flow_;
+  Layout source_;
+  Program program_;
+  Arithmetic math_;
+  std::vector<std::optional<Value>> values_;
+  std::vector<char> open_, folded_;
+};
+
+}  // namespace
+
+Program lower(const Flow& flow, Layout source, Layout target, Precision precision) {
+  return Lowering(flow, source, precision).run(target);
+}
+
+ScalarCounts scalar_counts(const Program& program) {
+  ScalarCounts c;
+  for (const Inst& i : program.insts()) {
+    const bool single = i.type == Type::F32;
+    switch (i.op) {
+      case Op::Load: ++c.loads; break;
+      case Op::Add: ++(single ? c.add_single : c.add_double); break;
+      case Op::Sub: ++(single ? c.sub_single : c.sub_double); break;
+      case Op::Mul: ++(single ? c.mul_single : c.mul_double); break;
+      case Op::Widen: ++c.widen; break;
+      case Op::Narrow: ++c.narrow; break;
+      case Op::Constant:
+      case Op::Scale:
+      case Op::Zero: break;
+      default: check(false, "a scalar body has scalar operations only");
+    }
+  }
+  c.stores = static_cast<int>(program.stores().size());
+  return c;
+}
+
+void check_lowered(const Program& program, const Flow& flow, const FlowCounts& counts, Precision precision) {
+  const ScalarCounts c = scalar_counts(program);
+  const int n = static_cast<int>(flow.outputs.size());
+  const bool single = precision == Precision::Single;
+  const auto equal = [](int got, int expected, const char* what) {
+    check(got == expected, std::string("a body has ") + std::to_string(got) + " " + what + " where its flow has " +
+                               std::to_string(expected));
+  };
+  const int open = single ? counts.last_narrowings : 0;
+  equal(c.add_single + c.sub_single, single ? counts.single_additions : 0, "single additions");
+  equal(c.add_double + c.sub_double, single ? counts.double_additions : counts.additions, "double additions");
+  equal(c.mul_single, single ? n - open + counts.doublings : 0, "single multiplications");
+  equal(c.mul_double, single ? counts.multiplications + open : counts.multiplications + counts.doublings + n,
+        "double multiplications");
+  equal(c.widen, single ? counts.widenings : 0, "widenings");
+  equal(c.narrow, single ? counts.inner_narrowings + counts.last_narrowings : 0, "narrowings");
+  equal(c.loads, n, "loads");
+}
+
+}  // namespace xfm::rdft
