@@ -71,7 +71,9 @@ Operation by_operand_form(Operation operation, const Instruction& instruction) {
   switch (instruction.mnemonic()) {
     case ZYDIS_MNEMONIC_VMOVSS:
     case ZYDIS_MNEMONIC_VMOVSD:
-      if (!touches_memory) operation.kind = Kind::Blend;
+      // Both sources the same register: a compiler's way to copy a scalar.
+      if (!touches_memory && instruction.operands[1].reg.value != instruction.operands[2].reg.value)
+        operation.kind = Kind::Blend;
       break;
     case ZYDIS_MNEMONIC_VINSERTF128:
     case ZYDIS_MNEMONIC_VEXTRACTF128:

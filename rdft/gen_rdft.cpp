@@ -69,8 +69,8 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
 
 std::string counts_text(const Transform& first, const std::string& plans) {
   std::string text =
-      "kernel\tadditions\tmultiplications\tdoublings\tfolded doublings\tnon-root\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\t"
-      "vmulsd\tvcvtss2sd\tvcvtsd2ss\tloads\tstores\n";
+      "name\tadditions\tmultiplications\tdoublings\tfolded doublings\tnon-root\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\t"
+      "vmulsd\tvcvtss2sd\tvcvtsd2ss\tsrc_loads\tdst_stores\n";
   const std::vector<Row> rows = read_rows(plans, first.family);
   for (const Transform& t : kTransforms) {
     if (t.family != first.family) continue;
