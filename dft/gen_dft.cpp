@@ -1,0 +1,65 @@
+// Writes one unit of complex kernels: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp
+#include <filesystem>
+#include <string>
+
+#include "dft/kernels.h"
+#include "generator/check.h"
+#include "generator/functions.h"
+#include "generator/program.h"
+#include "generator/text.h"
+
+namespace xfm {
+
+namespace {
+
+std::string plan_of(const ComplexRow& row) {
+  return row.text + (row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "");
+}
+
+std::string report_line(const Function& f, const ComplexRow& row, const ComplexBody& body) {
+  const PortUse use = port_use(body.program);
+  char cycles[32];
+  std::snprintf(cycles, sizeof cycles, "%.1f", use.cycles());
+  std::string line = f.name + "\t" + plan_of(row) + "\t" + describe(body);
+  for (int n : {body.counts.additions, body.counts.multiplications, row.reference.additions, row.reference.multiplications, use.adds,
+                use.muls, use.shuffles + use.crossings, use.loads, use.stores})
+    line += "\t" + std::to_string(n);
+  return line + "\t" + cycles + "\t" + (row.reason.empty() ? "-" : row.reason) + "\n";
+}
+
+void generate(int argc, char** argv) {
+  if (argc != 7) throw InputError("usage: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp");
+  const FunctionList list = FunctionList::read(argv[1]);
+  const ComplexTables tables = ComplexTables::read(argv[2], argv[3]);
+  const std::filesystem::path output = argv[6];
+
+  std::string text = unit_head(output.stem(), "gen_dft");
+  std::string report = "name\tplan\tform\tA\tM\ttable A\ttable M\tadds\tmuls\tshuffles\tloads\tstores\tport cycles\treason\n";
+  for (const Function* f : list.kernels(argv[5])) {
+    const int precision = f->type == "32fc" ? 32 : 64;
+    const ComplexRow& row = tables.row(precision, f->size);
+    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1);
+    Kernel kernel;
+    kernel.symbol = f->name;
+    kernel.element = "Xfm" + f->type;
+    kernel.single = precision == 32;
+    kernel.gate = f->gate;
+    kernel.length = f->size;
+    kernel.scale_by_1 = f->scale == ScaleRule::Inverse ? 0 : 2;
+    kernel.scale_by_2 = f->scale == ScaleRule::Forward ? 0 : 2;
+    kernel.scale_lanes = body.type == Type::F64x2 ? 2 : 1;
+    kernel.note = plan_of(row) + "; " + describe(body) + "; " + std::to_string(body.counts.additions) + " additions, " +
+                  std::to_string(body.counts.multiplications) + " multiplications";
+    kernel.program = body.program;
+    text += kernel_text(kernel);
+    report += report_line(*f, row, body);
+  }
+  write_file(argv[4], report);
+  write_file(output, text);
+}
+
+}  // namespace
+
+}  // namespace xfm
+
+int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::generate); }

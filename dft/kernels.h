@@ -1,0 +1,28 @@
+// Complex kernels: from a plan row to the machine form of a body, with the counts held against the row.
+#pragma once
+
+#include <string>
+
+#include "dft/tables.h"
+#include "generator/machine.h"
+
+namespace xfm {
+
+enum class Form { Scalar, Split, Interleaved };
+
+struct ComplexBody {
+  Program program;
+  Form form;
+  Type type;
+  Placement placement;
+  int lanes;
+  Counts counts;
+};
+
+// Builds the body of one size and direction (sign -1 forward, +1 inverse); throws InputError where the counts of the
+// graph are not those of the row.
+ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign);
+
+std::string describe(const ComplexBody& body);
+
+}  // namespace xfm

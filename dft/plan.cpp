@@ -1,0 +1,129 @@
+#include "dft/plan.h"
+
+#include <cctype>
+#include <numeric>
+
+#include "generator/check.h"
+
+namespace xfm {
+
+namespace {
+
+class Parser {
+ public:
+  explicit Parser(const std::string& text) : text_(text) {}
+
+  Plan whole() {
+    Plan plan = chain();
+    if (!peek().empty()) fail("text behind the plan");
+    return plan;
+  }
+
+ private:
+  [[noreturn]] void fail(const std::string& why) const { throw InputError("plan '" + text_ + "': " + why); }
+
+  std::string peek() {
+    while (at_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[at_]))) ++at_;
+    size_t end = at_;
+    while (end < text_.size() && std::isalnum(static_cast<unsigned char>(text_[end]))) ++end;
+    if (end == at_ && at_ < text_.size()) ++end;
+    return text_.substr(at_, end - at_);
+  }
+
+  std::string take() {
+    std::string token = peek();
+    at_ += token.size();
+    return token;
+  }
+
+  void expect(const std::string& token) {
+    if (take() != token) fail("expected '" + token + "'");
+  }
+
+  Plan chain() {
+    Plan plan = atom();
+    for (std::string link = peek(); link == "ct" || link == "pf"; link = peek()) {
+      take();
+      Plan right = atom();
+      const bool pf = link == "pf";
+      if (pf && std::gcd(plan.length, right.length) != 1) fail("the parts of 'pf' must be coprime");
+      plan = {pf ? Plan::Kind::GoodThomas : Plan::Kind::CooleyTukey, plan.length * right.length, "", {plan, right}};
+    }
+    return plan;
+  }
+
+  Plan pair(Plan::Kind kind) {
+    expect("(");
+    Plan a = chain();
+    expect(";");
+    Plan b = chain();
+    expect(")");
+    const int length = kind == Plan::Kind::Halves ? 2 * a.length : a.length;
+    if (b.length != length) fail("the parts do not fit together");
+    return {kind, length, "", {a, b}};
+  }
+
+  Plan atom() {
+    const std::string token = take();
+    if (token == "(") {
+      Plan plan = chain();
+      expect(")");
+      return plan;
+    }
+    if (token == "halves") return pair(Plan::Kind::Halves);
+    if (token == "rows") return pair(Plan::Kind::Rows);
+    if (token.size() > 1 && token[0] == 'R' && std::isdigit(static_cast<unsigned char>(token[1])))
+      return {Plan::Kind::NamedRader, std::stoi(token.substr(1)), token, {}};
+    if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) fail("expected a block, found '" + token + "'");
+    return {Plan::Kind::Block, std::stoi(token), "", {}};
+  }
+
+  const std::string& text_;
+  size_t at_ = 0;
+};
+
+}  // namespace
+
+Plan parse_plan(const std::string& text) { return Parser(text).whole(); }
+
+std::string to_text(const Plan& plan) {
+  const auto part = [](const Plan& p) { return p.link() ? "(" + to_text(p) + ")" : to_text(p); };
+  switch (plan.kind) {
+    case Plan::Kind::Block: return std::to_string(plan.length);
+    case Plan::Kind::NamedRader: return plan.name;
+    case Plan::Kind::CooleyTukey: return part(plan.first()) + " ct " + part(plan.second());
+    case Plan::Kind::GoodThomas: return part(plan.first()) + " pf " + part(plan.second());
+    case Plan::Kind::Halves: return "halves(" + to_text(plan.first()) + "; " + to_text(plan.second()) + ")";
+    case Plan::Kind::Rows: return "rows(" + to_text(plan.first()) + "; " + to_text(plan.second()) + ")";
+  }
+  return {};
+}
+
+Plan mirrored(const Plan& plan) {
+  if (!plan.link()) return plan;
+  return {plan.kind, plan.length, "", {mirrored(plan.second()), mirrored(plan.first())}};
+}
+
+int power_mod(int base, int exponent, int modulus) {
+  long long power = 1;
+  for (int i = 0; i < exponent; ++i) power = power * base % modulus;
+  return static_cast<int>(power);
+}
+
+int primitive_root(int prime) {
+  for (int g = 2; g < prime; ++g) {
+    int order = 1;
+    for (long long power = g; power != 1; power = power * g % prime) ++order;
+    if (order == prime - 1) return g;
+  }
+  check(false, "a prime has a primitive root");
+  return 0;
+}
+
+int chinese_remainder(int k1, int a, int k2, int b) {
+  int k = k1;
+  while (k % b != k2) k += a;
+  return k;
+}
+
+}  // namespace xfm

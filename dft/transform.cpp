@@ -1,0 +1,275 @@
+#include "dft/transform.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+
+#include "dft/real_lane.h"
+#include "generator/check.h"
+#include "generator/passes.h"
+
+namespace xfm {
+
+namespace {
+
+using Points = std::vector<Point>;
+
+// Which blocks of a stage take the form of first stages.
+enum class First { All, One, None };
+
+class Builder {
+ public:
+  Builder(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement)
+      : plan_(plan), recipes_(recipes), sign_(sign), placement_(placement), g_(lanes) {}
+
+  LanedTransform build() {
+    Points x;
+    for (int n = 0; n < plan_.length; ++n) x.push_back({{-2, 0}, n});  // a cell of the source, loaded where it is gathered
+    LanedTransform made;
+    made.outputs = transform(x);
+    std::vector<Ref> refs;
+    for (const Point& p : made.outputs) refs.push_back(p.ref);
+    made.graph = merge_constants(g_, refs);
+    for (size_t k = 0; k < refs.size(); ++k) made.outputs[k].ref = refs[k];
+    return made;
+  }
+
+ private:
+  Points transform(const Points& x) {
+    switch (plan_.method) {
+      case ComplexPlan::Method::Linked: return linked(plan_.plan, {x}, sign_, true)[0];
+      case ComplexPlan::Method::Direct:
+        return alone(x, [&](const std::vector<Ref>& in) { return direct_block(Physical{g_}, in, sign_); });
+      case ComplexPlan::Method::RealLane:
+        return alone(x, [&](const std::vector<Ref>& in) {
+          return real_lane_block(Physical{g_}, recipes_, recipes_.by_prime.at(plan_.length), plan_.length, in, sign_);
+        });
+      case ComplexPlan::Method::RaderComplex: return rader(x);
+      case ComplexPlan::Method::Bluestein: return bluestein(x);
+    }
+    return {};
+  }
+
+  // A block that has the first lane to itself.
+  Points alone(const Points& x, const std::function<std::vector<Ref>(const std::vector<Ref>&)>& block) {
+    std::vector<Ref> in;
+    for (const Point& p : x) in.push_back(gather({p}));
+    Points y;
+    for (Ref r : block(in)) y.push_back({r, 0});
+    return y;
+  }
+
+  static bool is_cell(const Point& p) { return p.ref.node == -2; }
+
+  // A vector of up to `lanes` points. Cells of the source become one load; the missing lanes are empty.
+  Ref gather(Points points) {
+    points.resize(g_.lanes());
+    if (std::any_of(points.begin(), points.end(), is_cell)) {
+      std::vector<int> cells;
+      for (const Point& p : points) cells.push_back(is_cell(p) ? p.lane : -1);
+      return g_.input(cells);
+    }
+    return g_.regroup(points);
+  }
+
+  std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
+    return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
+  }
+
+  // Instances of a block, `lanes` to a vector.
+  std::vector<Points> blocks(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
+    std::vector<Points> outputs;
+    const int lanes = g_.lanes();
+    for (size_t start = 0; start < instances.size(); start += lanes) {
+      const size_t used = std::min<size_t>(lanes, instances.size() - start);
+      std::vector<Ref> in;
+      for (int n = 0; n < plan.length; ++n) {
+        Points row;
+        for (size_t l = 0; l < used; ++l) row.push_back(instances[start + l][n]);
+        in.push_back(gather(row));
+      }
+      const std::vector<Ref> out = block(plan, in, sign, first == First::All || (first == First::One && start == 0));
+      for (size_t l = 0; l < used; ++l) {
+        outputs.emplace_back();
+        for (Ref r : out) outputs.back().push_back({r, static_cast<int>(l)});
+      }
+    }
+    return outputs;
+  }
+
+  // A link at the outermost level of lanes, for several instances at once.
+  std::vector<Points> linked(const Plan& plan, const std::vector<Points>& instances, int sign, bool first_stage) {
+    if (!plan.link()) return blocks(plan, instances, sign, first_stage ? First::All : First::None);
+    const LinkMap map(plan);
+    const int count = static_cast<int>(instances.size());
+    std::vector<Points> in;
+    for (int m = 0; m < count; ++m)
+      for (int j = 0; j < map.b; ++j) {
+        in.emplace_back();
+        for (int i = 0; i < map.a; ++i) in.back().push_back(instances[m][map.input(i, j)]);
+      }
+    std::vector<Points> u = inner(plan.first(), in, sign, first_stage ? First::All : First::None);
+
+    std::vector<Points> rows;
+    for (int m = 0; m < count; ++m)
+      for (int k1 = 0; k1 < map.a; ++k1) {
+        rows.emplace_back();
+        for (int j = 0; j < map.b; ++j) rows.back().push_back(u[m * map.b + j][k1]);
+      }
+    const auto groups = [&](int n) { return (n + g_.lanes() - 1) / g_.lanes(); };
+    const bool before_regrouping = (map.a - 1) * groups(count * map.b) < (map.b - 1) * groups(count * map.a);
+    if (map.twiddles) twiddle(rows, map, sign, before_regrouping);
+    const std::vector<Points> z = inner(plan.second(), rows, sign, first_stage ? First::One : First::None);
+
+    std::vector<Points> y;
+    for (int m = 0; m < count; ++m) {
+      y.emplace_back(map.length());
+      for (int k1 = 0; k1 < map.a; ++k1)
+        for (int k2 = 0; k2 < map.b; ++k2) y[m][map.output(k1, k2)] = z[m * map.a + k1][k2];
+    }
+    return y;
+  }
+
+  std::vector<Points> inner(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
+    return placement_ == Placement::Flattened ? linked(plan, instances, sign, first == First::All)
+                                              : blocks(plan, instances, sign, first);
+  }
+
+  // Multiplies point j of row k1 by its twiddle: on the vectors that hold the points now, or on those of the next stage,
+  // whichever are fewer.
+  void twiddle(std::vector<Points>& rows, const LinkMap& map, int sign, bool before_regrouping) {
+    if (!before_regrouping) {
+      for (size_t start = 0; start < rows.size(); start += g_.lanes())
+        for (int j = 0; j < map.b; ++j) {
+          const size_t used = std::min<size_t>(g_.lanes(), rows.size() - start);
+          Points row;
+          for (size_t l = 0; l < used; ++l) row.push_back(rows[start + l][j]);
+          const Ref v = gather(row);
+          for (size_t l = 0; l < used; ++l) rows[start + l][j] = {v, static_cast<int>(l)};
+        }
+    }
+    std::map<int, std::vector<std::pair<Point*, int>>> held;  // by node: its points and their exponents
+    for (size_t r = 0; r < rows.size(); ++r)
+      for (int j = 0; j < map.b; ++j) {
+        Point& p = rows[r][j];
+        if (p.ref) held[p.ref.node].emplace_back(&p, sign * j * static_cast<int>(r % map.a));
+      }
+    for (auto& [node, points] : held) {
+      Angles angles{std::vector<int>(g_.lanes()), map.length()};
+      std::vector<char> used(g_.lanes());
+      for (const auto& [p, e] : points) {
+        angles.num[p->lane] = e;
+        used[p->lane] = 1;
+      }
+      for (int l = 0; l < g_.lanes(); ++l)
+        if (!used[l]) angles.num[l] = points[0].second;
+      for (auto& [p, e] : points) p->ref = twiddled_lanes(g_, p->ref, angles);
+    }
+  }
+
+  // Every vector that holds some of the points times a constant for each of them.
+  void multiply(Points& points, const std::vector<ComplexNumber>& constants) {
+    std::map<std::pair<int, int>, std::vector<int>> held;
+    for (size_t j = 0; j < points.size(); ++j)
+      if (points[j].ref) held[{points[j].ref.node, points[j].ref.turn}].push_back(static_cast<int>(j));
+    for (const auto& [ref, bins] : held) {
+      std::vector<Real> c(g_.lanes()), s(g_.lanes());
+      for (int j : bins) {
+        c[points[j].lane] = constants[j].re;
+        s[points[j].lane] = constants[j].im;
+      }
+      const Ref product = Physical{g_}.times(points[bins[0]].ref, Coef(c), Coef(s));
+      for (int j : bins) points[j].ref = product;
+    }
+  }
+
+  // A point of the source on a given lane, all others empty.
+  Ref on_lane(const Point& cell, int lane) {
+    Points points(g_.lanes());
+    points[lane] = cell;
+    return gather(points);
+  }
+
+  Points rader(const Points& x) {
+    const int p = plan_.length, root = primitive_root(p), length = p - 1;
+    Points in;
+    for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, p)]);
+    Points bins = linked(plan_.plan, {in}, -1, false)[0];
+    Points y(p);
+    y[0] = {g_.add(on_lane(x[0], bins[0].lane), bins[0].ref), bins[0].lane};
+    multiply(bins, rader_spectrum(p, sign_));
+    const int dc = bins[0].ref.node;
+    const Ref fed = g_.add(on_lane(x[0], bins[0].lane), bins[0].ref);
+    for (Point& b : bins)
+      if (b.ref.node == dc) b.ref = fed;
+    const int start = g_.size();
+    const Points c = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
+    g_.freeze_all_since(start);
+    const int inverse_root = power_mod(root, p - 2, p);
+    for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
+    return y;
+  }
+
+  Points bluestein(const Points& x) {
+    const int p = plan_.length, t = plan_.plan.length;
+    // exp(-sign*i*pi*m^2/p); its conjugate is the chirp on both ends.
+    const auto chirp = [&](int m, int s) {
+      const int e = s * (m * m % (2 * p));
+      return ComplexNumber{cos_turn(e, 2 * p), sin_turn(e, 2 * p)};
+    };
+    Points z(t);
+    chirped_input(x, z, [&](int n) { return chirp(n, sign_); });
+    Points bins = linked(plan_.plan, {z}, -1, false)[0];
+    std::vector<ComplexNumber> spectrum(t);
+    for (int j = 0; j < t; ++j) {
+      ComplexNumber d{1, 0};
+      for (int m = 1; m < p; ++m) {
+        const ComplexNumber w = chirp(m, -sign_);
+        const Real twice = 2 * cos_turn(m * j, t);
+        d.re += twice * w.re;
+        d.im += twice * w.im;
+      }
+      spectrum[j] = {d.re / t, d.im / t};
+    }
+    multiply(bins, spectrum);
+    Points r = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
+    r.resize(p);
+    std::vector<ComplexNumber> last;
+    for (int k = 0; k < p; ++k) last.push_back(chirp(k, sign_));
+    multiply(r, last);
+    return r;
+  }
+
+  // The chirp is put on the vectors that the first stage of the convolution gathers: its blocks take points b, b + B, ...
+  template <class Chirp>
+  void chirped_input(const Points& x, Points& z, const Chirp& chirp) {
+    const int p = plan_.length, lanes = g_.lanes();
+    for (int start = 0; start < p; start += lanes) {
+      Points row;
+      for (int n = start; n < std::min(start + lanes, p); ++n) row.push_back(x[n]);
+      const Ref v = gather(row);
+      Points held;
+      std::vector<ComplexNumber> constants;
+      for (size_t l = 0; l < row.size(); ++l) {
+        held.push_back({v, static_cast<int>(l)});
+        constants.push_back(chirp(start + static_cast<int>(l)));
+      }
+      multiply(held, constants);
+      for (size_t l = 0; l < row.size(); ++l) z[start + l] = held[l];
+    }
+  }
+
+  const ComplexPlan& plan_;
+  const Recipes& recipes_;
+  const int sign_;
+  const Placement placement_;
+  Graph g_;
+};
+
+}  // namespace
+
+LanedTransform laned_transform(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement) {
+  return Builder(plan, recipes, sign, lanes, placement).build();
+}
+
+}  // namespace xfm

@@ -1,0 +1,36 @@
+// The whole transform of one size as a graph on lanes: vectors of `lanes` complex values, each lane a point of the data.
+//
+// A link runs B blocks of length A, then A blocks of length B. Blocks of a stage are taken several to a vector, one a
+// lane; between stages points are regrouped. With one lane this is the plain graph, from which the counts are taken.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "dft/blocks.h"
+#include "generator/graph.h"
+
+namespace xfm {
+
+struct ComplexPlan {
+  enum class Method { Direct, Linked, RaderComplex, RealLane, Bluestein };
+  int length = 0;
+  Method method = Method::Linked;
+  Plan plan;  // of the length itself, of a Rader's inner transform, of a chirp convolution
+  BlockForms forms;
+};
+
+// How the blocks of a stage are put on lanes.
+enum class Placement {
+  Nested,     // a vector holds the same point of several blocks and keeps to them through all their inner stages
+  Flattened,  // every stage fills vectors with all its blocks, whichever outer block they belong to
+};
+
+struct LanedTransform {
+  Graph graph{1};
+  std::vector<Point> outputs;  // bin k of the transform
+};
+
+LanedTransform laned_transform(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement);
+
+}  // namespace xfm
