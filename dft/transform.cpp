@@ -63,7 +63,7 @@ class Builder {
 
   // A vector of up to `lanes` points. Cells of the source become one load; the missing lanes are empty.
   Ref gather(Points points) {
-    points.resize(g_.lanes());
+    points.resize(g_.lanes(), {{}, kAnyLane});
     if (std::any_of(points.begin(), points.end(), is_cell)) {
       std::vector<int> cells;
       for (const Point& p : points) cells.push_back(is_cell(p) ? p.lane : -1);
@@ -187,7 +187,7 @@ class Builder {
   Ref on_lane(const Point& cell, int lane) {
     Points points(g_.lanes());
     points[lane] = cell;
-    return gather(points);
+    return gather(std::move(points));
   }
 
   Points rader(const Points& x) {

@@ -6,16 +6,6 @@
 
 namespace xfm {
 
-namespace {
-
-// Coefficients that differ by less than 2^-80 are one coefficient.
-__int128 digits(Real x) {
-  const Real scaled = x * Real(1ull << 40) * Real(1ull << 40);
-  return static_cast<__int128>(scaled + (scaled < 0 ? Real(-0.5) : Real(0.5)));
-}
-
-}  // namespace
-
 Coef::Coef(std::vector<Real> lanes) : lanes_(std::move(lanes)) {
   const bool same = std::all_of(lanes_.begin(), lanes_.end(), [&](Real x) { return is_zero(x - lanes_[0]); });
   if (same) lanes_.resize(1);
@@ -25,6 +15,15 @@ bool Coef::negative() const {
   for (Real x : lanes_)
     if (!is_zero(x)) return x < 0;
   return false;
+}
+
+std::vector<__int128> Coef::digits() const {
+  std::vector<__int128> key;
+  for (Real x : lanes_) {
+    const Real scaled = x * Real(1ull << 40) * Real(1ull << 40);
+    key.push_back(static_cast<__int128>(scaled + (scaled < 0 ? Real(-0.5) : Real(0.5))));
+  }
+  return key;
 }
 
 Coef Coef::operator-() const {
@@ -108,7 +107,7 @@ Ref Graph::lin(std::span<const Term> given) {
     std::vector<Key> parts;
     for (const Term& t : terms) {
       Key part{{t.ref.node, t.ref.turned(turn).turn}};
-      for (int l = 0; l < (t.coef.uniform() ? 1 : lanes_); ++l) part.emplace_back(digits(t.coef.lane(l)), 0);
+      for (__int128 d : t.coef.digits()) part.emplace_back(d, 0);
       parts.push_back(std::move(part));
     }
     std::sort(parts.begin(), parts.end());
@@ -130,7 +129,7 @@ Ref Graph::regroup(const std::vector<Point>& points) {
   bool own = true, none = true;
   for (int l = 0; l < lanes_; ++l) {
     const Point& p = points[l];
-    own = own && (!p.ref || (p.ref == points[0].ref && p.lane == l));
+    own = own && (p.lane == kAnyLane || (p.ref == points[0].ref && p.lane == l));
     none = none && !p.ref;
   }
   if (none) return {};

@@ -42,6 +42,8 @@ class Coef {
   bool zero() const { return uniform() && is_zero(lanes_[0]); }
   // The lane that decides the sign of the whole, for a normal form up to sign.
   bool negative() const;
+  // A key: coefficients that differ by less than 2^-80 are one.
+  std::vector<__int128> digits() const;
   Coef operator-() const;
   friend Coef operator*(const Coef& a, const Coef& b);
   friend Coef operator+(const Coef& a, const Coef& b);
@@ -55,7 +57,8 @@ struct Term {
   Ref ref;
 };
 
-// One lane of a vector value.
+// One lane of a vector value. Without a reference it is zero, or nothing that matters where the lane is kAnyLane.
+inline constexpr int kAnyLane = -1;
 struct Point {
   Ref ref;
   int lane = 0;

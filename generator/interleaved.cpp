@@ -198,8 +198,8 @@ class InterleavedLowering {
   int regrouped(const std::vector<Point>& points) {
     std::vector<int> value, lane;
     for (const Point& p : points) {
-      value.push_back(p.ref ? upright(p.ref) : -1);
-      lane.push_back(p.lane);
+      value.push_back(p.ref ? upright(p.ref) : p.lane == kAnyLane ? -1 : zero());
+      lane.push_back(p.ref ? p.lane : 0);
     }
     if (points.size() == 2) return two_lanes(value, lane);
     check(points.size() == 4, "a register holds two or four complex values");

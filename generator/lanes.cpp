@@ -164,9 +164,9 @@ class SplitLowering {
       int value = -1, lane = 0;
     };
     Lane lanes[4];
-    bool negative = false;
     for (int l = 0; l < 4; ++l) {
       const Point& p = n.points[l];
+      if (!p.ref && p.lane != kAnyLane) lanes[l].value = p_.emit({.op = Op::Zero, .type = kType});
       if (!p.ref) continue;
       const Parts parts = turned(parts_[p.ref.node], p.ref.turn);
       const Signed s = imaginary ? parts.im : parts.re;
@@ -186,7 +186,7 @@ class SplitLowering {
     if (lanes[0].value < 0) lanes[0] = lanes[1] = lanes[2];
     if (lanes[2].value < 0) lanes[2] = lanes[3] = lanes[0];
     const int imm = lanes[0].lane | lanes[1].lane << 2 | lanes[2].lane << 4 | lanes[3].lane << 6;
-    return {shuffle(lanes[0].value, lanes[2].value, imm), negative};
+    return {shuffle(lanes[0].value, lanes[2].value, imm), false};
   }
 
   void store(std::span<const Point> outputs) {

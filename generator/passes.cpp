@@ -27,12 +27,16 @@ std::vector<int> live_nodes(const Graph& g, std::span<const Ref> outputs) {
 
 Counts count(const Graph& g, std::span<const Ref> outputs) {
   Counts c;
+  std::vector<std::pair<int, std::vector<__int128>>> products;
   for (int i : live_nodes(g, outputs)) {
     const Node& n = g[i];
     if (n.kind != Node::Kind::Sum) continue;
     c.additions += static_cast<int>(n.terms.size()) - 1;
-    for (const Term& t : n.terms) c.multiplications += !t.coef.unit();
+    for (const Term& t : n.terms)
+      if (!t.coef.unit()) products.emplace_back(t.ref.node, t.coef.digits());
   }
+  std::sort(products.begin(), products.end());
+  c.multiplications = static_cast<int>(std::unique(products.begin(), products.end()) - products.begin());
   return c;
 }
 

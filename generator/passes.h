@@ -10,7 +10,7 @@ namespace xfm {
 
 struct Counts {
   int additions = 0;        // terms of every node less one
-  int multiplications = 0;  // coefficients other than 1
+  int multiplications = 0;  // distinct products with a coefficient other than 1
 };
 
 // The nodes that reach an output, in creation (hence topological) order.
