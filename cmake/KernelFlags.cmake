@@ -4,5 +4,5 @@ set(XFM_KERNEL_FLAGS
     -O2 -mavx -mno-fma -mno-avx2 -ffp-contract=off
     -fno-tree-vectorize -fno-tree-slp-vectorize
     -fno-ipa-icf -fno-tree-tail-merge -fno-crossjumping -fno-code-hoisting
-    -fno-math-errno -fno-trapping-math -fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables
+    -fno-thread-jumps -fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables
     -fno-stack-protector -fomit-frame-pointer -fvisibility=hidden -fPIC)

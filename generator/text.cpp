@@ -67,6 +67,9 @@ class BodyWriter {
     }
   }
 
+  // A full register is moved aligned only where it stands on a multiple of its own size.
+  std::string access(Type type, int cell) const { return cell % width(type) == 0 ? names_.access : "Unaligned"; }
+
   std::string address(const std::string& array, int cell) const {
     return cell ? array + " + " + std::to_string(cell) : array;
   }
@@ -89,7 +92,7 @@ class BodyWriter {
     switch (i.op) {
       case Op::Load:
         return scalar(i.type) ? names_.sources[i.source] + "[" + std::to_string(i.cell) + "]"
-                              : names_.access + "::load" + std::to_string(width(i.type)) + "(" + at + ")";
+                              : access(i.type, i.cell) + "::load" + std::to_string(width(i.type)) + "(" + at + ")";
       case Op::LoadPair: return "_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(" + at + ")))";
       case Op::LoadHigh: return "_mm_loadh_pi(" + value(i.a) + ", reinterpret_cast<const __m64*>(" + at + "))";
       case Op::Broadcast:
@@ -135,7 +138,7 @@ class BodyWriter {
       } else if (scalar(p_.type(s->value))) {
         out_.push_back(names_.targets[s->target] + "[" + std::to_string(s->cell) + "] = " + v + ";");
       } else {
-        out_.push_back(names_.access + "::store(" + at + ", " + v + ");");
+        out_.push_back(access(p_.type(s->value), s->cell) + "::store(" + at + ", " + v + ");");
       }
     }
   }

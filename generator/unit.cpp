@@ -10,10 +10,17 @@ std::string base_name(const std::string& symbol) {  // xfmgDFTFwd_CToC_8_32fc ->
 
 std::string null_test() { return "  if (src == nullptr || dst == nullptr) return xfmStatusNullPointer;\n"; }
 
+// Flags are compared in the order 8, 4, 1, 2; each picks a scale and nothing else, so that one body serves them all.
 std::string select(const Kernel& k) {
-  return "  const auto* scale = select_scale(owngPool_" + base_name(k.symbol) + ".scale, flag, " +
-         std::to_string(k.scale_by_1) + ", " + std::to_string(k.scale_by_2) +
-         ");\n  if (scale == nullptr) return xfmStatusFlagError;\n";
+  const auto pick = [](int scale) { return scale ? "scale += " + std::to_string(scale) + ";" : std::string("{}"); };
+  return "  const auto* scale = owngPool_" + base_name(k.symbol) +
+         ".scale;\n"
+         "  if (flag != xfmScaleNone) {\n"
+         "    if (flag == xfmScaleBySqrtN) " + pick(1) +
+         "\n    else if (flag == xfmScaleFwdByN) " + pick(k.scale_by_1) +
+         "\n    else if (flag == xfmScaleInvByN) " + pick(k.scale_by_2) +
+         "\n    else return xfmStatusFlagError;\n  }\n"
+         "  asm volatile(\"\" : \"+r\"(scale));\n";
 }
 
 std::string run(const Kernel& k, const std::string& access) {
