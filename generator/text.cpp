@@ -23,7 +23,7 @@ class BodyWriter {
   std::vector<std::string> lines() {
     const std::vector<int> order = schedule(p_);
     size_t last_load = 0;
-    for (size_t k = 0; k < order.size(); ++k)
+    for (size_t k = 0; k < order.size() && names_.loads_first; ++k)
       if (is_load(p_.insts()[order[k]].op)) last_load = k;
     std::vector<std::vector<const Store*>> stores(p_.insts().size());
     for (const Store& s : p_.stores()) stores[s.value].push_back(&s);

@@ -19,9 +19,10 @@ struct BodyNames {
   std::string pool;
   std::string access = "Access";
   std::string scale = "scale";  // pointer to the scale
+  bool loads_first = true;      // no store before the last load; false where sources and targets are never one array
 };
 
-// Statements of a program in scheduled order: no store stands before the last load.
+// Statements of a program in scheduled order.
 std::vector<std::string> body_text(const Program& program, const BodyNames& names);
 // The definition of a program's pool, with three scales of `scale_lanes` equal elements in front when there are any.
 std::string pool_text(const Program& program, const std::string& name, bool single, const std::vector<Real>& scales,

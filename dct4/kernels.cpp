@@ -1,0 +1,204 @@
+#include "dct4/kernels.h"
+
+#include "dct4/flows.h"
+#include "generator/check.h"
+#include "generator/text.h"
+
+namespace xfm {
+
+namespace {
+
+Type vector_type(bool single) { return single ? Type::F32x8 : Type::F64x4; }
+Type half_type(bool single) { return single ? Type::F32x4 : Type::F64x2; }
+Type scalar_type(bool single) { return single ? Type::F32 : Type::F64; }
+
+std::string number(int x) { return std::to_string(x); }
+
+// An array of its own for every operand whose address is known at run time only.
+int place(std::vector<std::string>& arrays, const std::string& expression) {
+  arrays.push_back(expression);
+  return static_cast<int>(arrays.size()) - 1;
+}
+
+// Forward kernel on V columns: D[t] is read upward for t >= 0, downward for the others, the last one negated; bin g goes
+// to the rows 2g and 2g+1.
+StageKernel forward_kernel(int length, bool single) {
+  StageKernel k{"forward", length, Network(vector_type(single), Signs::Explicit), {}, {}, {}, {}};
+  k.parameters = "const Columns& x, ptrdiff_t step, Real* y, ptrdiff_t stride";
+  k.prelude = {"const Rising rising = x.rising();", "const Falling falling = x.falling();"};
+  std::vector<int> operand(length + 1, -1);
+  const Sequence d = [&](int t) {
+    int& known = operand[t + length / 2];
+    if (known < 0) {
+      const std::string at = t == length / 2 ? "x.last()"
+                             : t >= 0        ? "(rising + " + number(t) + " * step)"
+                                             : "(falling + " + number(-t) + " * step)";
+      known = k.net.load(place(k.sources, at), 0).id;
+      if (t == length / 2) known = k.net.negate({known}).id;
+    }
+    return Value{known};
+  };
+  const std::vector<Complex> z = forward(k.net, length, d);
+  for (int g = 0; g < length / 2; ++g) {
+    k.net.store(z[g].re, place(k.targets, "(y + " + number(2 * g) + " * stride)"), 0);
+    k.net.store(z[g].im, place(k.targets, "(y + " + number(2 * g + 1) + " * stride)"), 0);
+  }
+  return k;
+}
+
+// The columns first .. first+V/2-1 of V rows of `t`, as vectors of one column each: halves of rows, joined, then
+// transposed within each 128-bit lane.
+std::vector<Value> gathered(Network& net, bool single, int row_length, int first) {
+  const int half = single ? 4 : 2;
+  std::vector<int> rows;
+  for (int l = 0; l < half; ++l) {
+    const int low = net.load(half_type(single), 0, l * row_length + first).id;
+    const int high = net.load(half_type(single), 0, (l + half) * row_length + first).id;
+    rows.push_back(net.op(Op::Join, net.type(), low, high).id);
+  }
+  const auto shuffle = [&](int a, int b, int imm) { return net.op(Op::Shuffle, net.type(), a, b, imm).id; };
+  if (!single) return {{shuffle(rows[0], rows[1], 0x0)}, {shuffle(rows[0], rows[1], 0xF)}};
+  const int a = shuffle(rows[0], rows[1], 0x44), b = shuffle(rows[2], rows[3], 0x44);
+  const int c = shuffle(rows[0], rows[1], 0xEE), d = shuffle(rows[2], rows[3], 0xEE);
+  return {{shuffle(a, b, 0x88)}, {shuffle(a, b, 0xDD)}, {shuffle(c, d, 0x88)}, {shuffle(c, d, 0xDD)}};
+}
+
+// The order of the columns in the table: each step of the synthesis takes what stands together.
+std::vector<int> column_order(int d) {
+  std::vector<int> order;
+  for (int c = 0; c < d / 2; ++c) {
+    const int a = d == 32 ? 16 * (c % 2) + 4 * (c / 2 % 4) + c / 8 : c;
+    order.insert(order.end(), {a, d - 1 - a});
+  }
+  return order;
+}
+
+// Twiddle and synthesis of V groups of 2d = length reals.
+StageKernel synthesis_kernel(int length, bool single) {
+  StageKernel k{"synthesis", length, Network(vector_type(single), Signs::Explicit), {"t", "table"}, {}, {}, {}};
+  k.parameters = "const Real* t, const Real* table, const RisingOut& rising, const FallingOut& falling, ptrdiff_t step";
+  const int d = length / 2, lanes = width(k.net.type()), half = lanes / 2;
+  std::vector<Value> re, im;
+  for (int first = 0; first < d; first += half) {
+    for (Value v : gathered(k.net, single, length, first)) re.push_back(v);
+    for (Value v : gathered(k.net, single, length, d + first)) im.push_back(v);
+  }
+  std::vector<Complex> t(d);
+  const std::vector<int> order = column_order(d);
+  for (int p = 0; p < d; ++p) {
+    const Value c = k.net.load(1, 2 * p * lanes), s = k.net.load(1, (2 * p + 1) * lanes);
+    t[order[p]] = k.net.rotate({re[order[p]], im[order[p]]}, c, s);
+  }
+  const std::vector<Value> y = synthesis(k.net, length, t);
+  for (int u = 0; u < d; ++u) k.net.store(y[u + d], place(k.targets, "(rising + " + number(u) + " * step)"), 0);
+  for (int u = 1; u <= d; ++u) k.net.store(y[d - u], place(k.targets, "(falling + " + number(-(2 * d - u)) + " * step)"), 0);
+  return k;
+}
+
+// One h of a combining step: S of V columns from the rows of w to the rows of Z.
+StageKernel combine_kernel(int radix, bool single) {
+  StageKernel k{"combine", radix, Network(vector_type(single), Signs::Explicit), {"inner", "outer"}, {}, {}, {}};
+  k.parameters =
+      "const Real* w, const Real* inner, const Real* outer, Real* rising, Real* falling, ptrdiff_t stride, ptrdiff_t step";
+  if (radix == 8) k.prelude = {"(void)outer;"};
+  const int lanes = width(k.net.type());
+  const auto row = [&](int r) { return k.net.load(place(k.sources, "(w + " + number(r) + " * stride)"), 0); };
+  std::vector<Complex> s;
+  for (int r = 0; r < radix; ++r) s.push_back({row(r), row(radix + r)});
+  const Rotation rotation = [&](int section, int entry) {
+    return Complex{k.net.load(section, 2 * entry * lanes), k.net.load(section, (2 * entry + 1) * lanes)};
+  };
+  const std::vector<Complex> f = combine(k.net, radix, s, rotation);
+  const auto store = [&](const Complex& z, const std::string& bin) {
+    k.net.store(z.re, place(k.targets, "(" + bin + ")"), 0);
+    k.net.store(z.im, place(k.targets, "(" + bin + " + stride)"), 0);
+  };
+  for (int i = 0; i < radix / 2; ++i) store(f[i], "rising + " + number(i) + " * step");
+  for (int i = 1; i <= radix / 2; ++i) store(k.net.conjugate(f[radix - i]), "falling + " + number(i - 1) + " * step");
+  return k;
+}
+
+void straight_2(Network& net) {
+  const Real c = cos_turn(1, 16), s = sin_turn(1, 16);
+  const Value a = net.load(0, 0), b = net.load(0, 1);
+  net.store(net.add(net.mul(a, c), net.mul(b, s)), 0, 0);
+  net.store(net.sub(net.mul(a, s), net.mul(b, c)), 0, 1);
+}
+
+// Rotations in lifting form: three products and three sums each.
+void straight_4(Network& net) {
+  const auto lift = [&](Value x, Value y, int odd) {  // by the angle odd*pi/16
+    const Real tangent = sin_turn(odd, 64) / cos_turn(odd, 64), sine = sin_turn(odd, 32);
+    const Value a = net.sub(x, net.mul(y, tangent));
+    const Value b = net.add(y, net.mul(a, sine));
+    return Complex{b, net.sub(a, net.mul(b, tangent))};
+  };
+  const Complex outer = lift(net.load(0, 0), net.load(0, 3), 7), inner = lift(net.load(0, 1), net.load(0, 2), 5);
+  const Real root = cos_turn(1, 8);
+  const Value b = net.mul(net.sub(outer.re, inner.re), root), c = net.mul(net.add(outer.im, inner.im), root);
+  net.store(net.add(outer.re, inner.re), 0, 0);
+  net.store(net.add(b, c), 0, 1);
+  net.store(net.sub(b, c), 0, 2);
+  net.store(net.sub(outer.im, inner.im), 0, 3);
+}
+
+// n = d*m: the d columns are read in a zigzag of period 2d, the groups written in one of period m.
+void straight_split(Network& net, int n, int d) {
+  const int m = n / d;
+  std::vector<std::vector<Complex>> z;
+  for (int b = 0; b < d; ++b)
+    z.push_back(forward(net, m, [&](int t) {
+      if (t == m / 2) return net.negate(net.load(0, n - 1 - b));
+      return net.load(0, t >= 0 ? 2 * d * t + b : -2 * d * t - 1 - b);
+    }));
+  for (int g = 0; g < m / 2; ++g) {
+    std::vector<Complex> t;
+    for (int b = 0; b < d; ++b) t.push_back(net.rotate(z[b][g], (2 * b + 1) * (2 * g + 1), 8 * n));
+    const std::vector<Value> y = synthesis(net, 2 * d, t);
+    for (int u = 0; u < d; ++u) net.store(y[u + d], 0, m * u + g);
+    for (int u = 1; u <= d; ++u) net.store(y[d - u], 0, m * u - 1 - g);
+  }
+}
+
+StageKernel straight_kernel(int n, bool single) {
+  StageKernel k{"straight", n, Network(scalar_type(single), Signs::Folded), {"x"}, {"y"}, "const Real* x, Real* y", {}};
+  if (n == 2)
+    straight_2(k.net);
+  else if (n == 4)
+    straight_4(k.net);
+  else
+    straight_split(k.net, n, n == 16 || n == 64 ? 4 : 2);
+  return k;
+}
+
+}  // namespace
+
+std::vector<StageKernel> stage_kernels(bool single) {
+  std::vector<StageKernel> kernels;
+  for (int n = 2; n <= (single ? 64 : 32); n *= 2) kernels.push_back(straight_kernel(n, single));
+  for (int length : {8, 16, 32, 64}) kernels.push_back(forward_kernel(length, single));
+  for (int length : {8, 16, 32, 64})
+    if (length / 2 >= width(vector_type(single))) kernels.push_back(synthesis_kernel(length, single));
+  for (int radix : {8, 16, 32}) kernels.push_back(combine_kernel(radix, single));
+  return kernels;
+}
+
+std::string kernel_text(const StageKernel& k, bool single) {
+  const std::string name = k.kind + number(k.length);
+  BodyNames names;
+  names.sources = k.sources;
+  names.targets = k.targets;
+  names.pool = "owngPool_DCT4_" + name + (single ? "_32f" : "_64f");
+  names.access = "StageAccess";
+  names.loads_first = k.kind == "straight";
+  std::string text = "// " + name + ": " + number(k.net.multiplications()) + " multiplications, " +
+                     number(k.net.additions()) + " additions\n";
+  if (!k.net.program().pool().empty())
+    text += pool_text(k.net.program(), names.pool.substr(9), single, {}, 1);
+  text += "XFM_INLINE void " + name + "(" + k.parameters + ") {\n";
+  for (const std::string& line : k.prelude) text += "  " + line + "\n";
+  for (const std::string& line : body_text(k.net.program(), names)) text += "  " + line + "\n";
+  return text + "}\n\n";
+}
+
+}  // namespace xfm
