@@ -255,7 +255,8 @@ class Builder {
         constants.push_back(chirp(start + static_cast<int>(l)));
       }
       multiply(held, constants);
-      for (size_t l = 0; l < row.size(); ++l) z[start + l] = held[l];
+      // The lanes behind the data are zero in the vector already.
+      for (int l = 0; l < lanes; ++l) z[start + l] = {held[0].ref, l};
     }
   }
 
