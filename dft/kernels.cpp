@@ -66,7 +66,7 @@ ComplexBody complex_body(const ComplexTables& tables, int precision, int length,
   for (const Candidate& c : candidates(precision, length)) {
     const LanedTransform t = laned_transform(tables.row(precision, length).plan, tables.recipes.at(precision), sign, c.lanes, c.placement);
     ComplexBody body{lowered(t, c), c.form, c.type, c.placement, c.lanes, counts};
-    const double cycles = port_use(body.program).cycles();
+    const double cycles = port_use(body.program).estimate();
     if (!best || cycles < least) least = cycles, best = std::move(body);
   }
   return *best;

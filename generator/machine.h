@@ -92,6 +92,10 @@ inline bool is_leaf(Op op) { return op == Op::Constant || op == Op::Scale || op 
 struct PortUse {
   int adds = 0, muls = 0, shuffles = 0, crossings = 0, loads = 0, stores = 0, others = 0;
   double cycles() const;
+  // What a body takes beyond that, for choosing between placements: a shuffle often takes the turn of an addition or a
+  // multiplication.
+  double estimate() const { return cycles() + kShuffleCost * (shuffles + crossings); }
+  static constexpr double kShuffleCost = 0.45;  // cycles, from the times of the complex kernels in several placements
 };
 PortUse port_use(const Program& program);
 
