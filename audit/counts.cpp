@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <sstream>
 
 namespace xfm::audit {
 namespace {
@@ -14,9 +13,46 @@ constexpr const char* kFrameColumn = "frame_bytes";
   throw BadTable(path + ":" + std::to_string(line) + ": " + reason);
 }
 
-std::optional<Demand> demand_from(const std::string& column, std::string cell, const std::string& path, int line) {
+struct Column {
+  std::string header;
+  std::vector<std::string> summands;
+  bool at_most = false;
+};
+
+Column column_from(std::string text) {
+  Column column;
+  if (text.starts_with("<=")) {
+    column.at_most = true;
+    text.erase(0, 2);
+  }
+  const auto equals = text.find('=');
+  column.header = text.substr(0, equals);
+  column.summands = split(equals == std::string::npos ? text : text.substr(equals + 1), '+');
+  return column;
+}
+
+// Which place of a row holds which column. Without a choice all places but the first do.
+std::map<std::size_t, Column> chosen_columns(const std::vector<std::string>& header, const std::string& choice,
+                                             const std::string& path, int line) {
+  if (header.front() != "function" && header.front() != "name") fail(path, line, "the first column must be 'function' or 'name'");
+  std::map<std::size_t, Column> out;
+  const std::vector<std::string> names(header.begin() + 1, header.end());
+  for (const auto& text : choice.empty() ? names : split(choice, ',')) {
+    const auto column = column_from(text);
+    const auto place = std::ranges::find(header, column.header);
+    if (place == header.end()) fail(path, line, "no column '" + column.header + "'");
+    for (const auto& summand : column.summands)
+      if (summand != kFrameColumn && std::ranges::find(count_columns(), summand) == count_columns().end())
+        fail(path, line, "'" + summand + "' is no count column");
+    out.emplace(place - header.begin(), column);
+  }
+  if (out.empty()) fail(path, line, "no count column");
+  return out;
+}
+
+std::optional<Demand> demand_from(const Column& column, std::string cell, const std::string& path, int line) {
   if (cell == "-") return std::nullopt;
-  Demand demand{.column = column, .summands = split(column, '+')};
+  Demand demand{.column = column.header, .summands = column.summands, .value = 0, .at_most = column.at_most};
   if (cell.starts_with("<=")) {
     demand.at_most = true;
     cell.erase(0, 2);
@@ -24,15 +60,6 @@ std::optional<Demand> demand_from(const std::string& column, std::string cell, c
   const auto [end, error] = std::from_chars(cell.data(), cell.data() + cell.size(), demand.value);
   if (error != std::errc{} || end != cell.data() + cell.size()) fail(path, line, "'" + cell + "' is no count");
   return demand;
-}
-
-void check_header(const std::vector<std::string>& header, const std::string& path, int line) {
-  if (header.size() < 2 || header.front() != "function") fail(path, line, "the first column must be 'function'");
-  const auto& known = count_columns();
-  for (std::size_t c = 1; c < header.size(); ++c)
-    for (const auto& summand : split(header[c], '+'))
-      if (summand != kFrameColumn && std::ranges::find(known, summand) == known.end())
-        fail(path, line, "'" + summand + "' is no count column");
 }
 
 int found_count(const Demand& demand, const BodySummary& body, const Counts& counts) {
@@ -64,24 +91,28 @@ std::vector<std::string> split(const std::string& text, char separator) {
   return out;
 }
 
-CountTable read_count_table(const std::string& path) {
+CountTable read_count_table(const std::string& path_and_columns) {
+  const auto colon = path_and_columns.find(':');
+  const auto path = path_and_columns.substr(0, colon);
+  const auto choice = colon == std::string::npos ? "" : path_and_columns.substr(colon + 1);
   std::ifstream in(path);
   if (!in) throw BadTable(path + ": cannot be opened");
   CountTable table{.path = path, .rows = {}};
-  std::vector<std::string> header;
+  std::map<std::size_t, Column> columns;
+  std::size_t width = 0;
   std::string text;
   for (int line = 1; std::getline(in, text); ++line) {
     if (text.empty() || text.starts_with('#')) continue;
     const auto cells = split(text, '\t');
-    if (header.empty()) {
-      check_header(cells, path, line);
-      header = cells;
+    if (columns.empty()) {
+      columns = chosen_columns(cells, choice, path, line);
+      width = cells.size();
       continue;
     }
-    if (cells.size() != header.size()) fail(path, line, "a row of " + std::to_string(cells.size()) + " cells");
+    if (cells.size() != width) fail(path, line, "a row of " + std::to_string(cells.size()) + " cells");
     std::vector<Demand> demands;
-    for (std::size_t c = 1; c < cells.size(); ++c)
-      if (auto demand = demand_from(header[c], cells[c], path, line)) demands.push_back(*std::move(demand));
+    for (const auto& [place, column] : columns)
+      if (auto demand = demand_from(column, cells[place], path, line)) demands.push_back(*std::move(demand));
     if (!table.rows.emplace(cells.front(), std::move(demands)).second) fail(path, line, cells.front() + " stands twice");
   }
   if (table.rows.empty()) throw BadTable(path + ": no row");

@@ -1,8 +1,9 @@
 // Tables of expected counts, and their comparison with what the bodies hold.
 //
-// A table is tab-separated with a header. Its first column is `function`; every other column is a count column, a
-// sum of them ("vaddss+vsubss"), or `frame_bytes`. A cell is a number, "<=" and a number, or "-" for no demand. A row
-// holds for every line of its function and for the function's twin.
+// A table is tab-separated with a header; its first column is `function` or `name`. A cell is a number, "<=" and a
+// number, or "-" for no demand. Which columns count is said beside the path, "path:column,column=sum,column": a column
+// is compared with the count of its own name or with the named sum of counts ("vaddss+vsubss"), "<=" before it makes
+// its cells upper bounds. A path alone takes every column. A row holds for every line of its function and its twin.
 #pragma once
 
 #include "audit.h"
@@ -25,7 +26,7 @@ struct CountTable {
   std::map<std::string, std::vector<Demand>> rows;  // by function
 };
 
-[[nodiscard]] CountTable read_count_table(const std::string& path);
+[[nodiscard]] CountTable read_count_table(const std::string& path_and_columns);
 void compare_counts(const std::vector<CountTable>& tables, const std::vector<BodySummary>& bodies, Findings& findings);
 
 // Splits at `separator`; keeps empty fields.

@@ -15,11 +15,12 @@ using namespace xfm::audit;
 constexpr const char* kUsage =
     "usage: xfm_audit check LIBRARY --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
     "                 [--counts FILE]... [--report FILE]\n"
-    "       xfm_audit report LIBRARY --report FILE\n";
+    "       xfm_audit report LIBRARY --report FILE [--join GENERATOR_REPORT]...\n"
+    "A report holds a row for every body or, joined, the generator's rows with the counts of the machine code.\n";
 
 struct Options {
   std::string command, library, exports, report;
-  std::vector<std::string> counts;
+  std::vector<std::string> counts, joined;
   Expected expected;
 
   [[nodiscard]] bool complete() const {
@@ -30,7 +31,8 @@ struct Options {
 
 std::optional<Options> parse(int argc, char** argv) {
   if (argc < 3) return std::nullopt;
-  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .counts = {}, .expected = {}};
+  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .counts = {}, .joined = {},
+                  .expected = {}};
   for (int i = 3; i + 1 < argc; i += 2) {
     const std::string name = argv[i], value = argv[i + 1];
     if (name == "--soname") options.expected.soname = value;
@@ -38,6 +40,7 @@ std::optional<Options> parse(int argc, char** argv) {
     else if (name == "--needed") options.expected.needed.insert(value);
     else if (name == "--import") options.expected.imports.insert(value);
     else if (name == "--counts") options.counts.push_back(value);
+    else if (name == "--join" && options.command == "report") options.joined.push_back(value);
     else if (name == "--report") options.report = value;
     else return std::nullopt;
   }
@@ -62,12 +65,13 @@ std::set<std::string> read_names(const std::string& path) {
   return names;
 }
 
-void save_report(const std::string& path, const std::vector<BodySummary>& bodies) {
-  const auto part = path + ".part";
+void save_report(const Options& options, const std::vector<BodySummary>& bodies) {
+  const auto part = options.report + ".part";
   std::ofstream out(part);
-  write_bodies(out, bodies);
+  if (options.joined.empty()) write_bodies(out, bodies);
+  else write_joined(out, options.joined, bodies);
   out.close();
-  if (!out || std::rename(part.c_str(), path.c_str()) != 0) throw BadTable(path + ": cannot be written");
+  if (!out || std::rename(part.c_str(), options.report.c_str()) != 0) throw BadTable(options.report + ": cannot be written");
 }
 
 void print_summary(const Options& options, const AuditResult& result, const std::vector<CountTable>& tables,
@@ -88,7 +92,7 @@ int run(Options options) {
   for (const auto& path : options.counts) tables.push_back(read_count_table(path));
   auto result = audit(ElfImage(options.library), options.expected);
   compare_counts(tables, result.bodies, result.findings);
-  if (!options.report.empty()) save_report(options.report, result.bodies);
+  if (!options.report.empty()) save_report(options, result.bodies);
   if (!judged) return 0;
   for (const auto& finding : result.findings)
     std::cout << finding.rule << '\t' << finding.where << '\t' << finding.detail << '\n';

@@ -111,10 +111,10 @@ TEST(AuditRules, EveryRuleIsSeenToSpeak) {
 
 TEST(AuditTables, RefuseWhatTheyCannotRead) {
   const auto path = testing::TempDir() + "/audit_counts.tsv";
-  const auto reason = [&](const std::string& text) -> std::string {
+  const auto reason = [&](const std::string& text, const std::string& choice = "") -> std::string {
     std::ofstream(path) << text;
     try {
-      (void)read_count_table(path);
+      (void)read_count_table(path + choice);
     } catch (const BadTable& error) {
       return error.what();
     }
@@ -127,6 +127,10 @@ TEST(AuditTables, RefuseWhatTheyCannotRead) {
   EXPECT_NE(reason("function\tvaddss+nothing\nf\t1\n").find("'nothing' is no count column"), std::string::npos);
   EXPECT_NE(reason(header).find("no row"), std::string::npos);
   EXPECT_EQ(reason(header + "f\t<=3\n"), "accepted");
+  const std::string mixed = "name\tplan\tadds\ntwo\t2 pf 3\t4\n";
+  EXPECT_EQ(reason(mixed, ":adds,adds=packed_add+packed_sub"), "accepted");
+  EXPECT_NE(reason(mixed).find("'plan' is no count column"), std::string::npos);
+  EXPECT_NE(reason(mixed, ":muls").find("no column 'muls'"), std::string::npos);
 }
 
 TEST(AuditImage, RefusesWhatIsNoSharedObject) {
