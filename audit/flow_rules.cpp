@@ -109,6 +109,23 @@ void check_stack_balance(const Body& body, const Surroundings&, Findings& findin
       report.at(i, "the stack pointer is not where it was on entry");
 }
 
+// The line ends with success; what leaves before it was refused.
+void check_status(const Body& body, const Surroundings&, Findings& findings) {
+  if (!body.is_straight() || body.lines.empty()) return;
+  constexpr int kOk = 0, kNullPointer = -8, kFlagError = -16;
+  Report report("status", body, findings);
+  for (const auto& [i, state] : body.trace.before_transfer) {
+    if (body.code[i].transfer != Transfer::Return) continue;
+    const auto& value = state.touched ? state.status : state.registers[0];
+    const auto status = static_cast<std::int32_t>(value.offset);
+    if (value.kind != Value::Kind::Constant) {
+      if (state.touched) report.at(i, "the status after the body cannot be told");
+    } else if (state.touched ? status != kOk : status != kNullPointer && status != kFlagError) {
+      report.at(i, "returns " + std::to_string(status) + (state.touched ? " after the body" : " without a body"));
+    }
+  }
+}
+
 void check_frame(const Body& body, const Surroundings&, Findings& findings) {
   if (!body.promise) return;
   if (body.frame_bytes >= kFrameLimit)
@@ -227,6 +244,7 @@ std::vector<BodyRule> flow_rules() {
   return {
       {"straight-line", check_straight_line}, {"prologue", check_prologue},
       {"call", check_calls},                  {"stack", check_stack_balance},
+      {"status", check_status},
       {"frame", check_frame},                 {"zero-upper", check_zero_upper},
       {"attribution", check_attribution},     {"order", check_order},
       {"alignment", check_alignment},         {"gate", check_gate},

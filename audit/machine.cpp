@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <stdexcept>
 
 namespace xfm::audit {
 namespace {
 
-constexpr int kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
+constexpr int kRax = 0, kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
 constexpr int kLargestGrain = 4096;  // loaders place an image on page boundaries
 constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
 
@@ -80,6 +81,7 @@ State join(const State& a, const State& b) {
   if (a.test == b.test) out.test = a.test;
   out.src_alignment = std::min(a.src_alignment, b.src_alignment);
   out.dst_alignment = std::min(a.dst_alignment, b.dst_alignment);
+  out.status = a.touched && b.touched ? joined(a.status, b.status) : a.touched ? a.status : b.status;
   out.touched = a.touched || b.touched;
   out.untouched = a.untouched || b.untouched;
   out.stored = a.stored || b.stored;
@@ -121,7 +123,9 @@ class Machine {
   // Joins only lose knowledge, so this ends; without loops one pass in topological order is all there is.
   void settle() {
     entry_[flow_.reachable.front()] = at_entry();
+    std::size_t rounds_left = 16 * flow_.reachable.size() + 16;
     for (bool changed = true; changed;) {
+      if (rounds_left-- == 0) throw std::logic_error("the machine does not settle");
       changed = false;
       for (const auto b : flow_.reachable) {
         const auto found = entry_.find(b);
@@ -165,6 +169,7 @@ class Machine {
 
   Value address_of(const State& state, const ZydisDecodedOperand& operand, const Instruction& instruction) const {
     const auto& memory = operand.mem;
+    if (instruction.raw.address_width != 64) return {};
     if (memory.segment == ZYDIS_REGISTER_FS || memory.segment == ZYDIS_REGISTER_GS) return {};
     if (memory.base == ZYDIS_REGISTER_RIP)
       return Value::address(Region::Image, static_cast<std::int64_t>(instruction.end()) + memory.disp.value);
@@ -226,10 +231,22 @@ class Machine {
     return found == state.slots.end() ? Value{} : found->second;
   }
 
+  // Pushes, pops, calls and returns move the stack pointer by themselves; they are followed as what they are.
+  static bool moves_data(const Instruction& instruction, const ZydisDecodedOperand& operand) {
+    if (operand.mem.type == ZYDIS_MEMOP_TYPE_AGEN || instruction.is_padding()) return false;
+    if (operand.visibility != ZYDIS_OPERAND_VISIBILITY_HIDDEN) return true;
+    switch (instruction.mnemonic()) {
+      case ZYDIS_MNEMONIC_PUSH:
+      case ZYDIS_MNEMONIC_POP:
+      case ZYDIS_MNEMONIC_LEAVE: return false;
+      default: return instruction.transfer != Transfer::Call && instruction.transfer != Transfer::Return;
+    }
+  }
+
   void touch_memory(State& state, std::size_t index) {
     const auto& instruction = code_[index];
-    for (const auto& operand : instruction.visible()) {
-      if (operand.type != ZYDIS_OPERAND_TYPE_MEMORY || &operand != instruction.memory()) continue;
+    for (const auto& operand : instruction.all()) {
+      if (operand.type != ZYDIS_OPERAND_TYPE_MEMORY || !moves_data(instruction, operand)) continue;
       const auto address = address_of(state, operand, instruction);
       Access access{.instruction = index,
                     .region = is_address(address) ? address.region : Region::None,
@@ -400,8 +417,11 @@ class Machine {
     const auto& instruction = code_[index];
     const bool tests = instruction.mnemonic() == ZYDIS_MNEMONIC_TEST || instruction.mnemonic() == ZYDIS_MNEMONIC_AND;
     const auto test = tests ? alignment_test(state, instruction) : AlignmentTest{};
+    const auto result_before = state.registers[kRax];
     touch_memory(state, index);
     integer_effects(state, instruction);
+    const bool follows = !state.untouched || state.registers[kRax] != result_before;
+    if (state.touched && follows) state.status = state.registers[kRax];
     vector_effects(state, instruction);
     flag_effects(state, instruction, test);
     const auto& top = state.registers[kRsp];

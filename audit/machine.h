@@ -65,6 +65,7 @@ struct State {
   bool untouched = true;   // ... or not accessed on some path to here
   bool stored = false;     // dst was stored to on some path to here
   bool upper_dirty = false;
+  Value status;            // rax on those paths to here that touched src or dst
   bool operator==(const State&) const = default;
 };
 
