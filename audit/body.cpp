@@ -82,7 +82,7 @@ const char* line_name(const Body& body, const State& state) {
 }
 
 Line line_from(const Body& body, std::size_t head) {
-  Line line{.name = line_name(body, body.trace.at_block.at(head)), .instructions = {}, .counts = {}};
+  Line line{.name = line_name(body, body.trace.at_block.at({head, false})), .instructions = {}, .counts = {}};
   std::vector<bool> walked(body.flow.blocks.size());
   for (std::size_t b = head; !walked[b];) {
     walked[b] = true;
@@ -104,9 +104,9 @@ void find_lines(Body& body) {
     if (access.region == Region::Src || access.region == Region::Dst) holds_data[block_of[access.instruction]] = true;
   for (std::size_t b = 0; b < body.flow.blocks.size(); ++b) {
     if (!holds_data[b]) continue;
-    const auto& state = body.trace.at_block.at(b);
-    if (state.untouched && state.touched) body.side_entries.push_back(b);
-    if (!state.touched) body.lines.push_back(line_from(body, b));
+    if (!body.trace.at_block.contains({b, false})) continue;
+    if (body.trace.at_block.contains({b, true})) body.side_entries.push_back(b);
+    else body.lines.push_back(line_from(body, b));
   }
 }
 

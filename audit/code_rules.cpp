@@ -144,13 +144,39 @@ void check_precision(const Body& body, const Surroundings&, Findings& findings) 
   });
 }
 
+// The stages of the DCT-IV hold whole independent transforms in the lanes: 256-bit arithmetic in one precision, no move
+// across the halves of a register, and in the combine stage (env8) no move between lanes at all.
+std::string stage_fault(const Instruction& instruction, bool is_double, bool is_combine) {
+  const auto& operation = instruction.operation;
+  if (is_arithmetic(instruction)) {
+    if (operation.scalar || instruction.vector_bits() != 256) return "not 256-bit arithmetic";
+    if (operation.lanes != (is_double ? Lanes::Double : Lanes::Single)) return "not in the stage's precision";
+  }
+  if (instruction.mnemonic() == ZYDIS_MNEMONIC_VPERM2F128) return "crosses the halves of a register";
+  const bool moves_lanes = operation.kind == Kind::Shuffle || operation.kind == Kind::Insert || operation.kind == Kind::Blend;
+  if (is_combine && moves_lanes) return "moves lanes in the combine stage";
+  return operation.kind == Kind::Other ? "not among a stage's operations" : "";
+}
+
+void check_stages(const Body& body, const Surroundings&, Findings& findings) {
+  constexpr std::string_view kPrefix = "owngDCT4_", kStages[] = {"env4", "env5", "env8", "env9"};
+  const std::string_view name = body.name;
+  const auto stage = std::ranges::find_if(
+      kStages, [&](std::string_view s) { return name.ends_with(std::string(s) + "_compute"); });
+  if (!name.starts_with(kPrefix) || stage == std::end(kStages)) return;
+  const bool is_double = name.substr(kPrefix.size()).starts_with("64f");
+  each_instruction(body, findings, "stages", [&](const Instruction& instruction) {
+    return stage_fault(instruction, is_double, *stage == "env8");
+  });
+}
+
 }  // namespace
 
 std::vector<BodyRule> code_rules() {
   return {
       {"decoding", check_decoded},     {"fma", check_fma},     {"encoding", check_encoding},
       {"generation", check_generation}, {"operation", check_operation}, {"width", check_width},
-      {"precision", check_precision},
+      {"precision", check_precision},   {"stages", check_stages},
   };
 }
 

@@ -116,7 +116,7 @@ void check_status(const Body& body, const Surroundings&, Findings& findings) {
   Report report("status", body, findings);
   for (const auto& [i, state] : body.trace.before_transfer) {
     if (body.code[i].transfer != Transfer::Return) continue;
-    const auto& value = state.touched ? state.status : state.registers[0];
+    const auto& value = state.registers[0];
     const auto status = static_cast<std::int32_t>(value.offset);
     if (value.kind != Value::Kind::Constant) {
       if (state.touched) report.at(i, "the status after the body cannot be told");
@@ -186,8 +186,8 @@ void check_gate(const Body& body, const Surroundings&, Findings& findings) {
     int src = 1, dst = 1;
     for (std::size_t b = 0; b < body.flow.blocks.size(); ++b) {
       if (body.flow.blocks[b].first != line.instructions.front()) continue;
-      src = body.trace.at_block.at(b).src_alignment;
-      dst = body.trace.at_block.at(b).dst_alignment;
+      src = body.trace.at_block.at({b, false}).src_alignment;
+      dst = body.trace.at_block.at({b, false}).dst_alignment;
     }
     if (src == due && dst == due) ++aligned_lines;
     else if (src != 1 && dst != 1) report("a line behind a test for " + std::to_string(std::min(src, dst)) + " bytes");

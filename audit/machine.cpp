@@ -7,7 +7,7 @@
 namespace xfm::audit {
 namespace {
 
-constexpr int kRax = 0, kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
+constexpr int kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
 constexpr int kLargestGrain = 4096;  // loaders place an image on page boundaries
 constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
 
@@ -81,9 +81,7 @@ State join(const State& a, const State& b) {
   if (a.test == b.test) out.test = a.test;
   out.src_alignment = std::min(a.src_alignment, b.src_alignment);
   out.dst_alignment = std::min(a.dst_alignment, b.dst_alignment);
-  out.status = a.touched && b.touched ? joined(a.status, b.status) : a.touched ? a.status : b.status;
-  out.touched = a.touched || b.touched;
-  out.untouched = a.untouched || b.untouched;
+  out.touched = a.touched;  // the same in both
   out.stored = a.stored || b.stored;
   out.upper_dirty = a.upper_dirty || b.upper_dirty;
   return out;
@@ -99,11 +97,17 @@ class Machine {
     settle();
     recording_ = true;
     for (const auto b : flow_.reachable) {
-      State state = entry_.at(b);
-      for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) {
-        trace_.reached[i] = true;
-        if (code_[i].transfer != Transfer::None) trace_.before_transfer[i] = state;
-        step(state, i);
+      for (const bool touched : {false, true}) {
+        const auto entry = entry_.find({b, touched});
+        if (entry == entry_.end()) continue;
+        const auto known = trace_.accesses.size();
+        State state = entry->second;
+        for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) {
+          trace_.reached[i] = true;
+          if (code_[i].transfer != Transfer::None) trace_.before_transfer.emplace_back(i, state);
+          step(state, i);
+        }
+        if (touched) drop_repeated_accesses(b, known);
       }
     }
     trace_.at_block = std::move(entry_);
@@ -111,6 +115,18 @@ class Machine {
   }
 
  private:
+  // A block run for both kinds of paths tells what it touches once.
+  void drop_repeated_accesses(std::size_t block, std::size_t from) {
+    auto& accesses = trace_.accesses;
+    const auto fresh = accesses.begin() + static_cast<std::ptrdiff_t>(from);
+    const auto repeated = [&](const Access& access) {
+      return std::any_of(accesses.begin(), fresh, [&](const Access& known) {
+        return known.instruction == access.instruction && known.region == access.region && known.offset == access.offset;
+      });
+    };
+    if (entry_.contains({block, false})) accesses.erase(std::remove_if(fresh, accesses.end(), repeated), accesses.end());
+  }
+
   static State at_entry() {
     State state;
     state.registers[kRdi] = Value::address(Region::Src, 0);
@@ -122,24 +138,29 @@ class Machine {
 
   // Joins only lose knowledge, so this ends; without loops one pass in topological order is all there is.
   void settle() {
-    entry_[flow_.reachable.front()] = at_entry();
+    entry_[{flow_.reachable.front(), false}] = at_entry();
     std::size_t rounds_left = 16 * flow_.reachable.size() + 16;
     for (bool changed = true; changed;) {
       if (rounds_left-- == 0) throw std::logic_error("the machine does not settle");
       changed = false;
-      for (const auto b : flow_.reachable) {
-        const auto found = entry_.find(b);
-        if (found == entry_.end()) continue;
-        State state = found->second;
-        for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) step(state, i);
-        for (const auto to : flow_.blocks[b].successors) changed |= arrive(to, along_edge(state, b, to));
-      }
+      for (const auto b : flow_.reachable)
+        for (const bool touched : {false, true}) changed |= run_block(b, touched);
       if (flow_.back_edges.empty()) break;
     }
   }
 
+  bool run_block(std::size_t block, bool touched) {
+    const auto entry = entry_.find({block, touched});
+    if (entry == entry_.end()) return false;
+    State state = entry->second;
+    for (auto i = flow_.blocks[block].first; i < flow_.blocks[block].last; ++i) step(state, i);
+    bool changed = false;
+    for (const auto to : flow_.blocks[block].successors) changed |= arrive(to, along_edge(state, block, to));
+    return changed;
+  }
+
   bool arrive(std::size_t block, const State& state) {
-    const auto [place, fresh] = entry_.try_emplace(block, state);
+    const auto [place, fresh] = entry_.try_emplace({block, state.touched}, state);
     if (fresh) return true;
     auto both = join(place->second, state);
     if (both == place->second) return false;
@@ -262,7 +283,6 @@ class Machine {
       if (access.writes) forget_overlap(state, address, access.bytes);
       if (access.region != Region::Src && access.region != Region::Dst) continue;
       state.touched = true;
-      state.untouched = false;
       if (access.writes) state.stored = true;
     }
   }
@@ -417,11 +437,8 @@ class Machine {
     const auto& instruction = code_[index];
     const bool tests = instruction.mnemonic() == ZYDIS_MNEMONIC_TEST || instruction.mnemonic() == ZYDIS_MNEMONIC_AND;
     const auto test = tests ? alignment_test(state, instruction) : AlignmentTest{};
-    const auto result_before = state.registers[kRax];
     touch_memory(state, index);
     integer_effects(state, instruction);
-    const bool follows = !state.untouched || state.registers[kRax] != result_before;
-    if (state.touched && follows) state.status = state.registers[kRax];
     vector_effects(state, instruction);
     flag_effects(state, instruction, test);
     const auto& top = state.registers[kRsp];
@@ -431,7 +448,7 @@ class Machine {
 
   const std::vector<Instruction>& code_;
   const Flow& flow_;
-  std::map<std::size_t, State> entry_;
+  std::map<std::pair<std::size_t, bool>, State> entry_;
   Trace trace_;
   bool recording_ = false;
   int stack_alignment_ = 1;

@@ -61,11 +61,9 @@ struct State {
   AlignmentTest test;
   int src_alignment = 1;   // proven by the gate
   int dst_alignment = 1;
-  bool touched = false;    // src or dst was accessed on some path to here
-  bool untouched = true;   // ... or not accessed on some path to here
+  bool touched = false;    // src or dst was accessed; states before and after that are never joined
   bool stored = false;     // dst was stored to on some path to here
   bool upper_dirty = false;
-  Value status;            // rax on those paths to here that touched src or dst
   bool operator==(const State&) const = default;
 };
 
@@ -83,8 +81,10 @@ struct Access {
 
 // What the machine saw while running the whole function.
 struct Trace {
-  std::map<std::size_t, State> at_block;         // by block index, for reached blocks
-  std::map<std::size_t, State> before_transfer;  // by instruction index: jumps, calls, returns that are reached
+  // On reaching a block, by block index and by whether src or dst was accessed before.
+  std::map<std::pair<std::size_t, bool>, State> at_block;
+  // Before each jump, call and return that is reached, by instruction index; twice where both kinds of paths meet.
+  std::vector<std::pair<std::size_t, State>> before_transfer;
   std::vector<bool> reached;                     // per instruction
   std::vector<Access> accesses;                  // in the order of execution
   std::int64_t deepest = 0;                      // lowest stack offset from entry that is allocated or touched, worst case

@@ -15,15 +15,16 @@ using namespace xfm::audit;
 constexpr const char* kUsage =
     "usage: xfm_audit check LIBRARY --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
     "                 [--counts FILE]... [--report FILE]\n"
-    "       xfm_audit report LIBRARY --report FILE [--join GENERATOR_REPORT]...\n"
-    "A report holds a row for every body or, joined, the generator's rows with the counts of the machine code.\n";
+    "       xfm_audit report LIBRARY --report FILE [--joined FILE --join GENERATOR_REPORT...]\n"
+    "A report holds a row for every body; joined, the generator's rows with the counts of the machine code.\n";
 
 struct Options {
-  std::string command, library, exports, report;
-  std::vector<std::string> counts, joined;
+  std::string command, library, exports, report, joined;
+  std::vector<std::string> counts, to_join;
   Expected expected;
 
   [[nodiscard]] bool complete() const {
+    if (joined.empty() != to_join.empty()) return false;
     if (command == "report") return !report.empty();
     return command == "check" && !expected.soname.empty() && !exports.empty();
   }
@@ -31,8 +32,8 @@ struct Options {
 
 std::optional<Options> parse(int argc, char** argv) {
   if (argc < 3) return std::nullopt;
-  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .counts = {}, .joined = {},
-                  .expected = {}};
+  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .joined = {},
+                  .counts = {}, .to_join = {}, .expected = {}};
   for (int i = 3; i + 1 < argc; i += 2) {
     const std::string name = argv[i], value = argv[i + 1];
     if (name == "--soname") options.expected.soname = value;
@@ -40,7 +41,8 @@ std::optional<Options> parse(int argc, char** argv) {
     else if (name == "--needed") options.expected.needed.insert(value);
     else if (name == "--import") options.expected.imports.insert(value);
     else if (name == "--counts") options.counts.push_back(value);
-    else if (name == "--join" && options.command == "report") options.joined.push_back(value);
+    else if (name == "--join") options.to_join.push_back(value);
+    else if (name == "--joined") options.joined = value;
     else if (name == "--report") options.report = value;
     else return std::nullopt;
   }
@@ -65,13 +67,13 @@ std::set<std::string> read_names(const std::string& path) {
   return names;
 }
 
-void save_report(const Options& options, const std::vector<BodySummary>& bodies) {
-  const auto part = options.report + ".part";
+template <typename Write>
+void save(const std::string& path, Write write) {
+  const auto part = path + ".part";
   std::ofstream out(part);
-  if (options.joined.empty()) write_bodies(out, bodies);
-  else write_joined(out, options.joined, bodies);
+  write(out);
   out.close();
-  if (!out || std::rename(part.c_str(), options.report.c_str()) != 0) throw BadTable(options.report + ": cannot be written");
+  if (!out || std::rename(part.c_str(), path.c_str()) != 0) throw BadTable(path + ": cannot be written");
 }
 
 void print_summary(const Options& options, const AuditResult& result, const std::vector<CountTable>& tables,
@@ -92,7 +94,9 @@ int run(Options options) {
   for (const auto& path : options.counts) tables.push_back(read_count_table(path));
   auto result = audit(ElfImage(options.library), options.expected);
   compare_counts(tables, result.bodies, result.findings);
-  if (!options.report.empty()) save_report(options, result.bodies);
+  if (!options.report.empty()) save(options.report, [&](std::ostream& out) { write_bodies(out, result.bodies); });
+  if (!options.joined.empty())
+    save(options.joined, [&](std::ostream& out) { write_joined(out, options.to_join, result.bodies); });
   if (!judged) return 0;
   for (const auto& finding : result.findings)
     std::cout << finding.rule << '\t' << finding.where << '\t' << finding.detail << '\n';

@@ -25,7 +25,7 @@ void write_bodies(std::ostream& out, const std::vector<BodySummary>& bodies) {
 }
 
 void write_joined(std::ostream& out, const std::vector<std::string>& reports, const std::vector<BodySummary>& bodies) {
-  constexpr const char* kJoined[] = {"packed_add", "packed_sub", "packed_addsub", "packed_mul", "shuffles", "inserts",
+  constexpr const char* kJoined[] = {"adds", "muls", "packed_add", "packed_sub", "packed_addsub", "packed_mul", "shuffles", "inserts",
                                      "broadcasts", "blends", "logic", "copies", "reloads", "spills", "instructions"};
   std::map<std::string, const BodySummary*> by_name;
   for (const auto& body : bodies) by_name[body.function] = &body;
