@@ -37,7 +37,7 @@ AuditResult audit(const ElfImage& image, const Expected& expected) {
   auto body_rules = code_rules();
   for (const auto& rule : flow_rules()) body_rules.push_back(rule);
   for (const auto& [address, function] : around.functions()) {
-    const auto body = analyse(image, decoder, function);
+    const auto body = analyse(image, decoder, around, function);
     for (const auto& rule : body_rules) rule.check(body, around, result.findings);
     if (!body.code.empty()) result.bodies.push_back(summary_of(body));
   }

@@ -131,7 +131,7 @@ const std::vector<std::string>& count_columns() {
   return columns;
 }
 
-Body analyse(const ElfImage& image, const Decoder& decoder, const Symbol& function) {
+Body analyse(const ElfImage& image, const Decoder& decoder, const Surroundings& around, const Symbol& function) {
   Body body;
   body.name = function.name;
   body.address = function.address;
@@ -140,7 +140,10 @@ Body analyse(const ElfImage& image, const Decoder& decoder, const Symbol& functi
   body.code = decoder.sweep(image.bytes_at(function.address, function.size), function.address);
   if (body.code.empty()) return body;
   body.flow = flow_of(body.code);
-  body.trace = run(body.code, body.flow);
+  std::vector<bool> allocations(body.code.size());
+  for (std::size_t i = 0; i < body.code.size(); ++i)
+    allocations[i] = body.code[i].transfer == Transfer::Call && around.callee(body.code[i]) == kAllocator;
+  body.trace = run(body.code, body.flow, allocations);
   body.frame_bytes = static_cast<int>(-body.trace.deepest);
   std::vector<std::size_t> all(body.code.size());
   for (std::size_t i = 0; i < all.size(); ++i) all[i] = i;

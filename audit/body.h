@@ -2,9 +2,9 @@
 // begins in the block of the first access to src or dst and runs without a choice to the return.
 #pragma once
 
-#include "elf_image.h"
 #include "machine.h"
 #include "promise.h"
+#include "surroundings.h"
 
 namespace xfm::audit {
 
@@ -32,9 +32,14 @@ struct Body {
   int frame_bytes = 0;
 
   [[nodiscard]] bool is_straight() const { return promise && promise->shape == Shape::StraightLine; }
+  [[nodiscard]] bool is_passes() const { return promise && promise->shape == Shape::Passes; }
   [[nodiscard]] const Instruction& at(const Access& access) const { return code[access.instruction]; }
 };
 
-[[nodiscard]] Body analyse(const ElfImage& image, const Decoder& decoder, const Symbol& function);
+inline constexpr const char* kAllocator = "xfmMalloc";
+inline constexpr const char* kDeallocator = "xfmFree";
+
+[[nodiscard]] Body analyse(const ElfImage& image, const Decoder& decoder, const Surroundings& around,
+                           const Symbol& function);
 
 }  // namespace xfm::audit

@@ -77,9 +77,16 @@ void check_twin_call(const Body& body, std::size_t i, const State& state, Report
   if (state.touched) report.at(i, "a call after the first access");
   const auto& registers = state.registers;
   if (registers[7] != Value::address(Region::Src, 0) || registers[6] != Value::address(Region::Dst, 0) ||
-      registers[2] != Value::flag())
+      registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::Buffer, 0)))
     report.at(i, "the twin does not get the kernel's own arguments");
   if (body.code[i].transfer != Transfer::Call && registers[4] != Value::address(Region::Stack, 0)) report.at(i, "the stack is not as it was on entry");
+}
+
+// A block of exactly the stated size, and only once nothing can be refused any more.
+void check_allocation(const Body& body, std::size_t i, const State& state, Report& report) {
+  const auto due = Value::constant(body.promise->buffer_bytes());
+  if (state.registers[7] != due) report.at(i, "does not allocate " + std::to_string(due.offset) + " bytes");
+  if (state.touched) report.at(i, "allocates after the first access");
 }
 
 void check_calls(const Body& body, const Surroundings& around, Findings& findings) {
@@ -92,11 +99,16 @@ void check_calls(const Body& body, const Surroundings& around, Findings& finding
     const auto callee = around.callee(code);
     if (has_twin && callee == twin_name(body.name)) {
       calls_twin = true;
-      if (body.is_straight()) check_twin_call(body, i, state, report);
-      continue;
+      check_twin_call(body, i, state, report);
+    } else if (body.is_passes() && callee == kAllocator) {
+      check_allocation(body, i, state, report);
+    } else if (body.is_passes() && callee == kDeallocator) {
+      if (state.registers[7] != Value::address(Region::Buffer, 0)) report.at(i, "frees what is not the work buffer");
+    } else if (body.promise) {
+      report.at(i, "calls " + (callee.empty() ? "an unknown function" : callee));
+    } else if (callee.empty() && code.target) {
+      report.at(i, "calls what is no function of the library");
     }
-    if (body.is_straight()) report.at(i, "calls " + (callee.empty() ? "an unknown function" : callee));
-    else if (callee.empty() && code.target) report.at(i, "calls what is no function of the library");
   }
   if (has_twin && !calls_twin) report("never calls its twin");
 }
@@ -118,7 +130,7 @@ void check_status(const Body& body, const Surroundings&, Findings& findings) {
     if (body.code[i].transfer != Transfer::Return) continue;
     const auto& value = state.registers[0];
     const auto status = static_cast<std::int32_t>(value.offset);
-    if (value.kind != Value::Kind::Constant) {
+    if (value.kind != Value::Kind::Constant || !value.exact) {
       if (state.touched) report.at(i, "the status after the body cannot be told");
     } else if (state.touched ? status != kOk : status != kNullPointer && status != kFlagError) {
       report.at(i, "returns " + std::to_string(status) + (state.touched ? " after the body" : " without a body"));
@@ -144,11 +156,14 @@ void check_zero_upper(const Body& body, const Surroundings&, Findings& findings)
 }
 
 void check_attribution(const Body& body, const Surroundings&, Findings& findings) {
-  if (!body.is_straight()) return;
+  if (!body.promise) return;
   Report report("attribution", body, findings);
   for (const auto& access : body.trace.accesses) {
+    const bool may_vary = body.is_passes() && !is_stack(access);  // loops walk over arrays
     if (access.region == Region::None) report.at(access.instruction, "the address cannot be followed");
-    else if ((is_data(access) || is_stack(access)) && !access.exact)
+    else if (access.region == Region::Buffer && !body.is_passes())
+      report.at(access.instruction, "an access through an argument that the kernel does not have");
+    else if (access.region != Region::Image && !access.exact && !may_vary)
       report.at(access.instruction, "an address worked out at run time");
     else if (access.region == Region::Src && access.writes) report.at(access.instruction, "a store to src");
     else if (access.region == Region::Dst && access.reads) report.at(access.instruction, "a load from dst");
@@ -157,7 +172,7 @@ void check_attribution(const Body& body, const Surroundings&, Findings& findings
 }
 
 void check_order(const Body& body, const Surroundings&, Findings& findings) {
-  if (!body.is_straight()) return;
+  if (!body.promise) return;
   Report report("order", body, findings);
   for (const auto& access : body.trace.accesses)
     if (access.region == Region::Src && access.reads && access.after_store)
@@ -165,7 +180,7 @@ void check_order(const Body& body, const Surroundings&, Findings& findings) {
 }
 
 void check_alignment(const Body& body, const Surroundings&, Findings& findings) {
-  if (!body.is_straight()) return;
+  if (!body.promise) return;
   Report report("alignment", body, findings);
   for (const auto& access : body.trace.accesses) {
     const auto& code = body.at(access);
@@ -173,6 +188,20 @@ void check_alignment(const Body& body, const Surroundings&, Findings& findings) 
     report.at(access.instruction, "needs " + std::to_string(access.bytes) + "-byte alignment, proven are " +
                                       std::to_string(access.proven_alignment));
   }
+}
+
+// The work buffer is aligned whatever src and dst are, and kernel and twin move it so.
+void check_buffer(const Body& body, const Surroundings&, Findings& findings) {
+  if (!body.is_passes()) return;
+  Report report("buffer", body, findings);
+  bool loaded = false, stored = false;
+  for (const auto& access : body.trace.accesses) {
+    if (access.region != Region::Buffer) continue;
+    (access.writes ? stored : loaded) = true;
+    const auto& operation = body.at(access).operation;
+    if (operation.kind == Kind::Move && !operation.needs_alignment) report.at(access.instruction, "an unaligned move of the buffer");
+  }
+  if (!loaded || !stored) report("the buffer is not used");
 }
 
 // The gate in the code is the gate of the class: which alignment its aligned line may rely on.
@@ -248,6 +277,7 @@ std::vector<BodyRule> flow_rules() {
       {"frame", check_frame},                 {"zero-upper", check_zero_upper},
       {"attribution", check_attribution},     {"order", check_order},
       {"alignment", check_alignment},         {"gate", check_gate},
+      {"buffer", check_buffer},
       {"extent", check_extent},               {"twin-arithmetic", check_equal_lines},
   };
 }

@@ -7,7 +7,8 @@
 namespace xfm::audit {
 namespace {
 
-constexpr int kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7, kRdx = 2;
+constexpr int kRax = 0, kRcx = 1, kRdx = 2, kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7;
+constexpr int kBufferAlignment = 16;  // what the caller and the allocator promise
 constexpr int kLargestGrain = 4096;  // loaders place an image on page boundaries
 constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
 
@@ -17,32 +18,40 @@ int grain_of(std::int64_t offset) {
   return static_cast<int>(std::min<std::uint64_t>(lowest, kLargestGrain));
 }
 
-int grain_of(const Value& address) { return address.exact ? grain_of(address.offset) : address.grain; }
+int grain_of(const Value& value) { return value.exact ? grain_of(value.offset) : value.grain; }
 
 bool is_address(const Value& value) { return value.kind == Value::Kind::Address; }
+bool is_number(const Value& value) { return value.kind == Value::Kind::Constant; }
 
-Value shifted(Value value, std::int64_t by) {
-  if (value.kind == Value::Kind::Constant || (is_address(value) && value.exact)) {
-    value.offset += by;
-    return value;
-  }
-  if (is_address(value)) return Value::somewhere_in(value.region, std::min(value.grain, grain_of(by)));
-  return by == 0 ? value : Value{};
+Value inexact(Value value, int grain) {
+  value.exact = false;
+  value.offset = 0;
+  value.grain = std::min(grain, kLargestGrain);
+  return value;
 }
 
+Value shifted(Value value, std::int64_t by) {
+  if (!is_number(value) && !is_address(value)) return by == 0 ? value : Value{};
+  if (!value.exact) return inexact(value, std::min(value.grain, grain_of(by)));
+  value.offset += by;
+  return value;
+}
+
+// a + b * scale.
 Value sum(const Value& a, const Value& b, int scale = 1) {
-  if (b.kind == Value::Kind::Constant) return shifted(a, b.offset * scale);
-  if (a.kind == Value::Kind::Constant && scale == 1) return shifted(b, a.offset);
-  if (is_address(a) && !is_address(b)) return Value::somewhere_in(a.region, std::min(grain_of(a), scale));
-  if (is_address(b) && !is_address(a) && scale == 1) return Value::somewhere_in(b.region, 1);
+  if (is_number(b) && b.exact) return shifted(a, b.offset * scale);
+  if (is_number(a) && a.exact && scale == 1) return shifted(b, a.offset);
+  const int grain_b = is_number(b) ? b.grain * scale : is_address(b) ? grain_of(b) : scale;
+  if (is_address(a) && !is_address(b)) return inexact(a, std::min(grain_of(a), grain_b));
+  if (is_address(b) && !is_address(a) && scale == 1) return inexact(b, is_number(a) ? std::min(a.grain, grain_b) : 1);
+  if (is_number(a) && is_number(b)) return inexact(a, std::min(grain_of(a), grain_b));
   return {};
 }
 
 Value joined(const Value& a, const Value& b) {
   if (a == b) return a;
-  if (is_address(a) && is_address(b) && a.region == b.region)
-    return Value::somewhere_in(a.region, std::min(grain_of(a), grain_of(b)));
-  return {};
+  const bool alike = a.kind == b.kind && a.region == b.region && (is_address(a) || is_number(a));
+  return alike ? inexact(a, std::min(grain_of(a), grain_of(b))) : Value{};
 }
 
 // Src and dst pointers are compared with alignments up to 32 only, so larger offsets keep their low bits.
@@ -63,7 +72,7 @@ Value union_of_low_bits(const Value& a, const Value& b) {
 
 Value truncated_to_32(const Value& value) {
   switch (value.kind) {
-    case Value::Kind::Constant: return Value::constant(static_cast<std::uint32_t>(value.offset));
+    case Value::Kind::Constant: return value.exact ? Value::constant(static_cast<std::uint32_t>(value.offset)) : value;
     case Value::Kind::Flag: return value;
     default: return low_bits(value);
   }
@@ -89,7 +98,8 @@ State join(const State& a, const State& b) {
 
 class Machine {
  public:
-  Machine(const std::vector<Instruction>& code, const Flow& flow) : code_(code), flow_(flow) {
+  Machine(const std::vector<Instruction>& code, const Flow& flow, const std::vector<bool>& allocations)
+      : code_(code), flow_(flow), allocations_(allocations) {
     trace_.reached.resize(code.size());
   }
 
@@ -132,6 +142,7 @@ class Machine {
     state.registers[kRdi] = Value::address(Region::Src, 0);
     state.registers[kRsi] = Value::address(Region::Dst, 0);
     state.registers[kRdx] = Value::flag();
+    state.registers[kRcx] = Value::address(Region::Buffer, 0);
     state.registers[kRsp] = Value::address(Region::Stack, 0);
     return state;
   }
@@ -207,6 +218,7 @@ class Machine {
       case Region::Stack: return std::min(16, grain_of(shifted(address, 8)));  // entry: return address just pushed
       case Region::AlignedStack: return std::min(stack_alignment_, grain_of(address));
       case Region::Image: return grain_of(address);
+      case Region::Buffer: return std::min(kBufferAlignment, grain_of(address));
       case Region::None: break;
     }
     return 1;
@@ -306,6 +318,11 @@ class Machine {
     }
   }
 
+  static Value shifted_left(const Value& value, const Value& by) {
+    if (!is_number(value) || !is_number(by) || !by.exact || by.offset < 0 || by.offset > 12) return {};
+    return inexact(value, grain_of(value) << by.offset);
+  }
+
   static bool is_register(const ZydisDecodedOperand& operand) { return operand.type == ZYDIS_OPERAND_TYPE_REGISTER; }
 
   void push(State& state, const Value& value) {
@@ -353,6 +370,14 @@ class Machine {
            instruction.operands[0].reg.value == instruction.operands[1].reg.value;
   }
 
+  // What is called leaves the frame alone unless it was given an address in it.
+  void finish_call(State& state, bool allocates) {
+    const bool escapes = std::ranges::any_of(kCallerSaved, [&](int r) { return is_stack(state.registers[r].region); });
+    for (const auto r : kCallerSaved) state.registers[r] = {};
+    if (escapes) state.slots.clear();
+    if (allocates) state.registers[kRax] = Value::address(Region::Buffer, 0);
+  }
+
   void integer_effects(State& state, const Instruction& instruction) {
     const auto& first = instruction.operands[0];
     const auto& second = instruction.operands[1];
@@ -369,9 +394,24 @@ class Machine {
         return;
       case ZYDIS_MNEMONIC_SUB:
         if (!is_register(first)) return;
-        if (const auto by = right(); by.kind == Value::Kind::Constant) set_register(state, first, shifted(left(), -by.offset));
+        if (const auto by = right(); is_number(by) && by.exact) set_register(state, first, shifted(left(), -by.offset));
         else set_register(state, first, {});
         return;
+      case ZYDIS_MNEMONIC_INC:
+      case ZYDIS_MNEMONIC_DEC:
+        if (is_register(first)) set_register(state, first, shifted(left(), instruction.mnemonic() == ZYDIS_MNEMONIC_INC ? 1 : -1));
+        return;
+      case ZYDIS_MNEMONIC_SHL:
+        if (is_register(first)) set_register(state, first, shifted_left(left(), right()));
+        return;
+      case ZYDIS_MNEMONIC_MOVSXD:
+      case ZYDIS_MNEMONIC_CDQE: {
+        const auto value = instruction.mnemonic() == ZYDIS_MNEMONIC_CDQE ? state.registers[kRax] : right();
+        auto& target = instruction.mnemonic() == ZYDIS_MNEMONIC_CDQE ? state.registers[kRax]
+                                                                     : state.registers[*general_register(first.reg.value)];
+        target = is_number(value) ? inexact(value, grain_of(value)) : Value{};
+        return;
+      }
       case ZYDIS_MNEMONIC_XOR:
         if (is_register(first)) set_register(state, first, same_register(instruction) ? Value::constant(0) : Value{});
         return;
@@ -408,8 +448,7 @@ class Machine {
       return;
     }
     if (instruction.transfer == Transfer::Call) {
-      for (const auto r : kCallerSaved) state.registers[r] = {};
-      state.slots.clear();
+      finish_call(state, allocations_[static_cast<std::size_t>(&instruction - code_.data())]);
       return;
     }
     if (instruction.transfer != Transfer::None) return;
@@ -448,6 +487,7 @@ class Machine {
 
   const std::vector<Instruction>& code_;
   const Flow& flow_;
+  const std::vector<bool>& allocations_;
   std::map<std::pair<std::size_t, bool>, State> entry_;
   Trace trace_;
   bool recording_ = false;
@@ -457,9 +497,9 @@ class Machine {
 
 }  // namespace
 
-Trace run(const std::vector<Instruction>& code, const Flow& flow) {
+Trace run(const std::vector<Instruction>& code, const Flow& flow, const std::vector<bool>& allocations) {
   if (code.empty()) return {};
-  return Machine(code, flow).run();
+  return Machine(code, flow, allocations).run();
 }
 
 }  // namespace xfm::audit

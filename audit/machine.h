@@ -17,15 +17,16 @@ enum class Region {
   Stack,         // offsets from the stack pointer at entry
   AlignedStack,  // offsets from the stack pointer after it was aligned downwards
   Image,         // an address of the shared object itself
+  Buffer,        // the work buffer, the caller's or the kernel's own
 };
 
 struct Value {
   enum class Kind { Unknown, Constant, Address, LowBits, Flag };
   Kind kind = Kind::Unknown;
   Region region = Region::None;
-  bool exact = false;        // Address: the offset is known
+  bool exact = false;        // Address, Constant: the offset or value is known
   std::int64_t offset = 0;   // Address: offset into the region; Constant: its value
-  int grain = 1;             // inexact Address: a power of two that divides every offset it may have
+  int grain = 1;             // inexact: a power of two that divides every offset or value it may have
   bool low_of_src = false;   // LowBits: the low bits are those of src, of dst, or of src | dst
   bool low_of_dst = false;
 
@@ -36,6 +37,7 @@ struct Value {
   static Value somewhere_in(Region region, int grain) {
     return {.kind = Kind::Address, .region = region, .grain = grain};
   }
+  static Value multiple_of(int grain) { return {.kind = Kind::Constant, .grain = grain}; }
   static Value flag() { return {.kind = Kind::Flag}; }
   bool operator==(const Value&) const = default;
 };
@@ -91,6 +93,7 @@ struct Trace {
   bool stack_lost = false;                       // the stack pointer became unknown somewhere
 };
 
-[[nodiscard]] Trace run(const std::vector<Instruction>& code, const Flow& flow);
+// `allocations` are the call instructions whose result is a work buffer.
+[[nodiscard]] Trace run(const std::vector<Instruction>& code, const Flow& flow, const std::vector<bool>& allocations);
 
 }  // namespace xfm::audit

@@ -101,6 +101,15 @@ int Promise::dst_components() const {
                                                                                                          : src_components();
 }
 
+// The whole data set between passes and, from the orders of three passes on, one chunk besides.
+int Promise::buffer_bytes() const {
+  if (shape != Shape::Passes) return 0;
+  const int main = (1 << size) * component_bytes();
+  const int first_staged = is_double() ? 11 : 12;
+  if (size < first_staged) return main;
+  return main + (is_double() && size == 13 ? 8192 : 2048);
+}
+
 bool Promise::reads_component(int index) const {
   if (family != Family::RealInverse || layout != Layout::Ccs) return true;
   return index != 1 && (size % 2 != 0 || index != size + 1);

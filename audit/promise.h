@@ -30,6 +30,7 @@ struct Promise {
   [[nodiscard]] int lines() const;                  // straight lines the function must hold
   [[nodiscard]] int src_components() const;         // array lengths in components
   [[nodiscard]] int dst_components() const;
+  [[nodiscard]] int buffer_bytes() const;           // of the work buffer, 0 without one
   [[nodiscard]] bool reads_component(int index) const;  // some half-spectrum cells are never looked at
 };
 

@@ -143,40 +143,7 @@ begin xfmgDFTInv_CCSToR_2_64f
   refusals
 finish xfmgDFTInv_CCSToR_2_64f
 
-/* Passes: a loop, an allocation, and a call frame that is left as it was. */
-begin xfmgWHT_8_32f
-  test dil, 15
-  jne 70f
-  test sil, 15
-  jne 70f
-  push rbx
-  mov rbx, rdi
-  mov edi, 1024
-  call xfmMalloc@PLT
-  xor ecx, ecx
-60:
-  vmovaps xmm0, [rbx + rcx]
-  vaddps xmm0, xmm0, xmm0
-  vmovaps [rax + rcx], xmm0
-  add rcx, 16
-  cmp rcx, 1024
-  jne 60b
-  mov rdi, rax
-  call [rip + xfmFree@GOTPCREL]
-  xor eax, eax
-  pop rbx
-  ret
-70:
-  jmp owngWHT_8_32f_unaligned
-finish xfmgWHT_8_32f
-.hidden owngWHT_8_32f_unaligned
-begin owngWHT_8_32f_unaligned
-  vmovups xmm0, [rdi]
-  vaddps xmm0, xmm0, xmm0
-  vmovups [rsi], xmm0
-  xor eax, eax
-  ret
-finish owngWHT_8_32f_unaligned
+#include "passes8.inc"
 
 /* A dispatcher. */
 begin xfmgDFTFwd_CToC_64fc
