@@ -77,7 +77,7 @@ void check_twin_call(const Body& body, std::size_t i, const State& state, Report
   if (state.touched) report.at(i, "a call after the first access");
   const auto& registers = state.registers;
   if (registers[7] != Value::address(Region::Src, 0) || registers[6] != Value::address(Region::Dst, 0) ||
-      registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::Buffer, 0)))
+      registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::CallersBuffer, 0)))
     report.at(i, "the twin does not get the kernel's own arguments");
   if (body.code[i].transfer != Transfer::Call && registers[4] != Value::address(Region::Stack, 0)) report.at(i, "the stack is not as it was on entry");
 }
@@ -103,7 +103,9 @@ void check_calls(const Body& body, const Surroundings& around, Findings& finding
     } else if (body.is_passes() && callee == kAllocator) {
       check_allocation(body, i, state, report);
     } else if (body.is_passes() && callee == kDeallocator) {
-      if (state.registers[7] != Value::address(Region::Buffer, 0)) report.at(i, "frees what is not the work buffer");
+      const auto& block = state.registers[7];
+      if (block.region != Region::OwnBuffer || !block.exact || block.offset != 0)
+        report.at(i, "frees what it has not allocated");
     } else if (body.promise) {
       report.at(i, "calls " + (callee.empty() ? "an unknown function" : callee));
     } else if (callee.empty() && code.target) {
@@ -161,7 +163,7 @@ void check_attribution(const Body& body, const Surroundings&, Findings& findings
   for (const auto& access : body.trace.accesses) {
     const bool may_vary = body.is_passes() && !is_stack(access);  // loops walk over arrays
     if (access.region == Region::None) report.at(access.instruction, "the address cannot be followed");
-    else if (access.region == Region::Buffer && !body.is_passes())
+    else if (is_buffer(access.region) && !body.is_passes())
       report.at(access.instruction, "an access through an argument that the kernel does not have");
     else if (access.region != Region::Image && !access.exact && !may_vary)
       report.at(access.instruction, "an address worked out at run time");
@@ -196,7 +198,7 @@ void check_buffer(const Body& body, const Surroundings&, Findings& findings) {
   Report report("buffer", body, findings);
   bool loaded = false, stored = false;
   for (const auto& access : body.trace.accesses) {
-    if (access.region != Region::Buffer) continue;
+    if (!is_buffer(access.region)) continue;
     (access.writes ? stored : loaded) = true;
     const auto& operation = body.at(access).operation;
     if (operation.kind == Kind::Move && !operation.needs_alignment) report.at(access.instruction, "an unaligned move of the buffer");

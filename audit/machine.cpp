@@ -48,8 +48,24 @@ Value sum(const Value& a, const Value& b, int scale = 1) {
   return {};
 }
 
+bool is_own_or_null(const Value& value) {
+  const bool is_null = is_number(value) && value.exact && value.offset == 0;
+  return is_null || (value.region == Region::OwnBuffer && value.exact && value.offset == 0);
+}
+
 Value joined(const Value& a, const Value& b) {
   if (a == b) return a;
+  if (is_own_or_null(a) && is_own_or_null(b)) {
+    auto own = Value::address(Region::OwnBuffer, 0);
+    own.or_null = true;
+    return own;
+  }
+  if (is_address(a) && is_address(b) && is_buffer(a.region) && is_buffer(b.region) && a.region != b.region) {
+    auto either_a = a, either_b = b;
+    either_a.region = either_b.region = Region::WorkBuffer;
+    either_a.or_null = either_b.or_null = false;
+    return joined(either_a, either_b);
+  }
   const bool alike = a.kind == b.kind && a.region == b.region && (is_address(a) || is_number(a));
   return alike ? inexact(a, std::min(grain_of(a), grain_of(b))) : Value{};
 }
@@ -142,7 +158,7 @@ class Machine {
     state.registers[kRdi] = Value::address(Region::Src, 0);
     state.registers[kRsi] = Value::address(Region::Dst, 0);
     state.registers[kRdx] = Value::flag();
-    state.registers[kRcx] = Value::address(Region::Buffer, 0);
+    state.registers[kRcx] = Value::address(Region::CallersBuffer, 0);
     state.registers[kRsp] = Value::address(Region::Stack, 0);
     return state;
   }
@@ -218,7 +234,9 @@ class Machine {
       case Region::Stack: return std::min(16, grain_of(shifted(address, 8)));  // entry: return address just pushed
       case Region::AlignedStack: return std::min(stack_alignment_, grain_of(address));
       case Region::Image: return grain_of(address);
-      case Region::Buffer: return std::min(kBufferAlignment, grain_of(address));
+      case Region::CallersBuffer:
+      case Region::OwnBuffer:
+      case Region::WorkBuffer: return std::min(kBufferAlignment, grain_of(address));
       case Region::None: break;
     }
     return 1;
@@ -375,7 +393,7 @@ class Machine {
     const bool escapes = std::ranges::any_of(kCallerSaved, [&](int r) { return is_stack(state.registers[r].region); });
     for (const auto r : kCallerSaved) state.registers[r] = {};
     if (escapes) state.slots.clear();
-    if (allocates) state.registers[kRax] = Value::address(Region::Buffer, 0);
+    if (allocates) state.registers[kRax] = Value::address(Region::OwnBuffer, 0);
   }
 
   void integer_effects(State& state, const Instruction& instruction) {

@@ -17,8 +17,14 @@ enum class Region {
   Stack,         // offsets from the stack pointer at entry
   AlignedStack,  // offsets from the stack pointer after it was aligned downwards
   Image,         // an address of the shared object itself
-  Buffer,        // the work buffer, the caller's or the kernel's own
+  CallersBuffer, // the work buffer that came as an argument
+  OwnBuffer,     // the one that was allocated
+  WorkBuffer,    // either, depending on the path
 };
+
+[[nodiscard]] inline bool is_buffer(Region region) {
+  return region == Region::CallersBuffer || region == Region::OwnBuffer || region == Region::WorkBuffer;
+}
 
 struct Value {
   enum class Kind { Unknown, Constant, Address, LowBits, Flag };
@@ -27,6 +33,7 @@ struct Value {
   bool exact = false;        // Address, Constant: the offset or value is known
   std::int64_t offset = 0;   // Address: offset into the region; Constant: its value
   int grain = 1;             // inexact: a power of two that divides every offset or value it may have
+  bool or_null = false;      // OwnBuffer: null on some paths to here, where nothing was allocated
   bool low_of_src = false;   // LowBits: the low bits are those of src, of dst, or of src | dst
   bool low_of_dst = false;
 
