@@ -1,0 +1,191 @@
+// Time of the DCT-IV against FFTW, all powers of two, one thread:
+//
+//   bench_dct4 [last exponent, 22] [rounds, 15] [first exponent, 1]
+//
+// Rivals, in the same run: FFTW's own DCT-IV (REDFT11), and FFTW's complex transform of n/2 points between two twiddle
+// passes,
+//   z[k] = (x[2k] + i x[n-1-2k]) w[k],  Z = DFT(z),  y[2k] - i y[n-1-2k] = Z[k] w[k],  w[k] = exp(-i pi (8k+1)/(8n)).
+// Rounds are interleaved, a figure is the median over the rounds in nanoseconds per transform.
+#include <fftw3.h>
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <complex>
+#include <functional>
+#include <random>
+#include <vector>
+
+#include "xfm.h"
+
+namespace {
+
+template <class T>
+struct Api;
+
+template <>
+struct Api<float> {
+  using State = XfmDCT4State_32f;
+  static constexpr const char* kName = "32f";
+  static constexpr auto init = xfmgDCT4InitAlloc_32f;
+  static constexpr auto transform = xfmgDCT4_32f;
+  static constexpr auto release = xfmgDCT4Free_32f;
+  using Plan = fftwf_plan;
+  static constexpr auto plan_dct = fftwf_plan_r2r_1d;
+  static Plan plan_dft(int n, std::complex<float>* data, unsigned flags) {
+    auto* p = reinterpret_cast<fftwf_complex*>(data);
+    return fftwf_plan_dft_1d(n, p, p, FFTW_FORWARD, flags);
+  }
+  static constexpr auto execute = fftwf_execute;
+  static constexpr auto destroy = fftwf_destroy_plan;
+  static void limit(double seconds) { fftwf_set_timelimit(seconds); }
+};
+
+template <>
+struct Api<double> {
+  using State = XfmDCT4State_64f;
+  static constexpr const char* kName = "64f";
+  static constexpr auto init = xfmgDCT4InitAlloc_64f;
+  static constexpr auto transform = xfmgDCT4_64f;
+  static constexpr auto release = xfmgDCT4Free_64f;
+  using Plan = fftw_plan;
+  static constexpr auto plan_dct = fftw_plan_r2r_1d;
+  static Plan plan_dft(int n, std::complex<double>* data, unsigned flags) {
+    auto* p = reinterpret_cast<fftw_complex*>(data);
+    return fftw_plan_dft_1d(n, p, p, FFTW_FORWARD, flags);
+  }
+  static constexpr auto execute = fftw_execute;
+  static constexpr auto destroy = fftw_destroy_plan;
+  static void limit(double seconds) { fftw_set_timelimit(seconds); }
+};
+
+// Memory that both libraries find well aligned.
+template <class T>
+struct Array {
+  explicit Array(size_t n) : data(static_cast<T*>(aligned_alloc(64, (n * sizeof(T) + 63) / 64 * 64))) {
+    std::fill(data, data + n, T{});
+  }
+  ~Array() { free(data); }
+  Array(const Array&) = delete;
+  T* data;
+};
+
+template <class T>
+class HalfLength {
+ public:
+  explicit HalfLength(int n) : h_(n / 2), w_(h_), z_(h_) {
+    plan_ = Api<T>::plan_dft(h_, z_.data, FFTW_MEASURE);
+    for (int k = 0; k < h_; ++k) {
+      const double angle = -M_PI * (8.0 * k + 1) / (8.0 * n);
+      w_.data[k] = {static_cast<T>(cos(angle)), static_cast<T>(sin(angle))};
+    }
+  }
+  ~HalfLength() { Api<T>::destroy(plan_); }
+
+  void run(const T* x, T* y) {
+    T* const z = reinterpret_cast<T*>(z_.data);
+    const T* const w = reinterpret_cast<const T*>(w_.data);
+    const int last = 2 * h_ - 1;
+    for (int k = 0; k < h_; ++k) {
+      const T a = x[2 * k], b = x[last - 2 * k], c = w[2 * k], s = w[2 * k + 1];
+      z[2 * k] = a * c - b * s;
+      z[2 * k + 1] = a * s + b * c;
+    }
+    Api<T>::execute(plan_);
+    for (int k = 0; k < h_; ++k) {
+      const T a = z[2 * k], b = z[2 * k + 1], c = w[2 * k], s = w[2 * k + 1];
+      y[2 * k] = a * c - b * s;
+      y[last - 2 * k] = -(a * s + b * c);
+    }
+  }
+
+ private:
+  int h_;
+  Array<std::complex<T>> w_, z_;
+  typename Api<T>::Plan plan_;
+};
+
+double nanoseconds(const std::function<void()>& call, int repeats) {
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < repeats; ++i) call();
+  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count() / repeats;
+}
+
+double median(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+  return values[values.size() / 2];
+}
+
+template <class T>
+double difference(const T* a, const T* b, int n) {
+  double square = 0, norm = 0;
+  for (int i = 0; i < n; ++i) {
+    square += (double(a[i]) - b[i]) * (double(a[i]) - b[i]);
+    norm += double(b[i]) * b[i];
+  }
+  return sqrt(square / norm);
+}
+
+struct Means {
+  double half = 0, dct = 0, slowest = 0;
+  int sizes = 0;
+};
+
+template <class T>
+void measure(int n, int rounds, Means& means) {
+  Array<T> x(n), y(n), r(n), p(n), q(n);
+  typename Api<T>::State* state = nullptr;
+  if (Api<T>::init(&state, n) != xfmStatusOk) exit(1);
+  HalfLength<T> half(n);
+  const auto dct = Api<T>::plan_dct(n, p.data, q.data, FFTW_REDFT11, FFTW_MEASURE);
+  std::mt19937 random(n);
+  std::normal_distribution<double> normal;
+  for (int i = 0; i < n; ++i) x.data[i] = p.data[i] = static_cast<T>(normal(random));
+
+  const std::function<void()> calls[] = {[&] { Api<T>::transform(x.data, y.data, state); }, [&] { half.run(x.data, r.data); },
+                                         [&] { Api<T>::execute(dct); }};
+  for (const auto& call : calls) call();
+  for (int i = 0; i < n; ++i) q.data[i] /= 2;  // FFTW's sum has a factor of two
+  const double tolerance = sizeof(T) == 4 ? 1e-5 : 1e-13;
+  if (!(difference(y.data, r.data, n) < tolerance && difference(y.data, q.data, n) < tolerance)) {
+    fprintf(stderr, "the transforms of length %d differ\n", n);
+    exit(1);
+  }
+  const int repeats = static_cast<int>(std::max(1.0, 2e6 / std::max(20.0, nanoseconds(calls[0], 10))));
+  std::vector<double> times[3];
+  for (int round = 0; round < rounds; ++round)
+    for (int c = 0; c < 3; ++c) times[c].push_back(nanoseconds(calls[c], repeats));
+  const double own = median(times[0]), by_half = median(times[1]), by_dct = median(times[2]);
+  printf("%s\t%d\t%.1f\t%.1f\t%.1f\t%.3f\t%.3f\n", Api<T>::kName, n, own, by_half, by_dct, own / by_half, own / by_dct);
+  fflush(stdout);
+  means.half += log(own / by_half);
+  means.dct += log(own / by_dct);
+  means.slowest = std::max(means.slowest, own / by_dct);
+  ++means.sizes;
+  Api<T>::destroy(dct);
+  Api<T>::release(state);
+}
+
+template <class T>
+void measure_all(int first, int last, int rounds) {
+  Api<T>::limit(10);
+  Means means;
+  for (int e = first; e <= last; ++e) measure<T>(1 << e, rounds, means);
+  printf("# %s: geometric mean %.3f of the half-length rival, %.3f of REDFT11 (worst %.3f)\n", Api<T>::kName,
+         exp(means.half / means.sizes), exp(means.dct / means.sizes), means.slowest);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int last = argc > 1 ? atoi(argv[1]) : 22, rounds = argc > 2 ? atoi(argv[2]) : 15, first = argc > 3 ? atoi(argv[3]) : 1;
+  if (first < 1 || last > 25 || first > last || rounds < 1) {
+    fprintf(stderr, "usage: bench_dct4 [last exponent, up to 25] [rounds] [first exponent]\n");
+    return 1;
+  }
+  printf("type\tlength\tns\tns_half_length\tns_redft11\tto_half_length\tto_redft11\n");
+  measure_all<float>(first, last, rounds);
+  measure_all<double>(first, last, rounds);
+}
