@@ -28,14 +28,35 @@ using Falling = Downward<const Real>;
 using RisingOut = Upward<Real>;
 using FallingOut = Downward<Real>;
 
-// Where V columns find their samples: D[t] at start + step*t, reflected about the ends of src. `mirror` is 2n-1-2*start.
+// Where V columns find their samples D[t]: at up + step*t for t >= 0, downward from the vector at down - step*t for
+// t < 0, and the last one downward from the vector at end.
 struct Columns {
-  const Real* src;
-  ptrdiff_t start, mirror;
-  [[gnu::always_inline]] Rising rising() const { return {src + start}; }
-  [[gnu::always_inline]] Falling falling() const { return {src, -start - Precision::kLanes}; }
-  [[gnu::always_inline]] Falling last() const { return {src, (mirror + 1) / 2 - Precision::kLanes}; }
+  const Real* x;
+  ptrdiff_t up, down, end;
+  [[gnu::always_inline]] Rising rising() const { return {x + up}; }
+  [[gnu::always_inline]] Falling falling() const { return {x, down}; }
+  [[gnu::always_inline]] Falling last() const { return {x, end}; }
 };
+
+// The columns start .. start+V-1 of the folded source: reflection about the ends takes what lies before the first
+// sample from behind it, and so at the last, of which mirror = 2n-1-2*start tells the place.
+[[gnu::always_inline]] inline Columns source_columns(const Real* src, ptrdiff_t start, ptrdiff_t mirror) {
+  return {src, start, -start - Precision::kLanes, (mirror + 1) / 2 - Precision::kLanes};
+}
+
+// V elements into a buffer, which is aligned, and out of it.
+[[gnu::always_inline]] inline void move_in(float* to, const float* from) { _mm256_store_ps(to, _mm256_loadu_ps(from)); }
+[[gnu::always_inline]] inline void move_in(double* to, const double* from) { _mm256_store_pd(to, _mm256_loadu_pd(from)); }
+[[gnu::always_inline]] inline void move_out(float* to, const float* from) { _mm256_storeu_ps(to, _mm256_load_ps(from)); }
+[[gnu::always_inline]] inline void move_out(double* to, const double* from) { _mm256_storeu_pd(to, _mm256_load_pd(from)); }
+
+// Whole rows, a multiple of V long, into a buffer and out of it.
+[[gnu::always_inline]] inline void copy_in(Real* row, const Real* src, ptrdiff_t elements) {
+  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_in(row + k, src + k);
+}
+[[gnu::always_inline]] inline void copy_out(Real* dst, const Real* row, ptrdiff_t elements) {
+  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_out(dst + k, row + k);
+}
 
 struct StageAccess {
   XFM_INLINE __m128 load4(const float* p) { return _mm_load_ps(p); }

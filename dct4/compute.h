@@ -2,8 +2,13 @@
 //
 // The length is n = d*m. Stage 1 (env5) folds src into d columns of m reals and transforms each, V columns at a time, into
 // the root's scratch: row 2g holds the real parts of bin g of all columns, row 2g+1 the imaginary parts. Stage 2 (env4)
-// twiddles and synthesises the groups, V at a time, from the scratch into dst. A column that is too long is split by an
+// twiddles and synthesises the groups, V at a time, from the scratch into dst. Columns that are too long are split by an
 // env7: its env9 transforms d' decimated sequences into the env7's scratch, its env8 combines them.
+//
+// Lengths are powers of two, so the rows that one kernel reads or writes fall on few sets of a cache, and each row is
+// wider than the vector that one kernel takes of it. Three things keep the traffic at one visit a line: an env7 takes all
+// columns of a row before it goes on; its scratch is used from the front with rows side by side, however far apart the
+// rows of its result lie; and where rows are far apart they go through a small buffer, whole rows at a time.
 #pragma once
 
 #include <stddef.h>
@@ -14,20 +19,26 @@ extern "C" {
 XFM_INTERNAL XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t);
 XFM_INTERNAL XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Real* src);
 XFM_INTERNAL XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start,
-                                              ptrdiff_t mirror, ptrdiff_t column);
-XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t column,
-                                              ptrdiff_t from);
+                                              ptrdiff_t mirror, ptrdiff_t columns, ptrdiff_t stride);
+XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t columns,
+                                              ptrdiff_t stride);
 XFM_INTERNAL XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
-                                              ptrdiff_t mirror, ptrdiff_t column);
+                                              ptrdiff_t mirror, ptrdiff_t columns);
 }
 
 namespace xfm::dct4 {
 namespace {
 
 constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
+constexpr ptrdiff_t V = Precision::kLanes;
+constexpr ptrdiff_t kWidest = 32;  // columns of a split
+
+// From this distance of rows on, in bytes, they go through a buffer.
+constexpr ptrdiff_t kFarApart = 4096;
+inline bool far_apart(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)) >= kFarApart; }
 
 using ForwardKernel = void(const Columns&, ptrdiff_t, Real*, ptrdiff_t);
-using CombineKernel = void(const Real*, const Real*, const Real*, Real*, Real*, ptrdiff_t, ptrdiff_t);
+using CombineKernel = void(const Real*, ptrdiff_t, const Real*, const Real*, Real*, Real*, ptrdiff_t, ptrdiff_t);
 using SynthesisKernel = void(const Real*, const Real*, const RisingOut&, const FallingOut&, ptrdiff_t);
 
 template <class Env>
@@ -37,21 +48,37 @@ const Env* first_of(const EnvList* stage) {
 
 template <ForwardKernel kernel>
 [[gnu::always_inline]] inline XfmStatus transform_columns(const Env5* self, Real* t, const Real* src) {
-  constexpr ptrdiff_t V = Precision::kLanes;
   for (ptrdiff_t i = 0; i < self->vecRadix; ++i)
-    kernel({src, V * i, self->wrap - 2 * V * i}, self->span, t + V * i, self->radix);
+    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), self->span, t + V * i, self->radix);
   return xfmStatusOk;
 }
 
-template <ForwardKernel kernel>
-[[gnu::always_inline]] inline XfmStatus transform_decimated(const Env9* self, Real* w, const Columns& x) {
-  const ptrdiff_t shift = self->outerSpan;
-  for (ptrdiff_t r = 0; r < self->radix; ++r)
-    kernel({x.src, x.start + r * shift, x.mirror - 2 * r * shift}, self->span, w + r * self->outerStride, self->stride);
+// The samples of one decimated sequence of all columns, row by row: rising t, falling t, the last one.
+template <int length>
+[[gnu::always_inline]] inline void copy_samples(Real* rows, const Columns& x, ptrdiff_t step, ptrdiff_t columns) {
+  const ptrdiff_t wider = columns - V;  // the reflected columns of a row lie below those of its first vector
+  for (ptrdiff_t t = 0; t < length / 2; ++t) copy_in(rows + t * columns, x.x + x.up + t * step, columns);
+  rows += (length / 2 - 1) * columns;
+  for (ptrdiff_t t = 1; t < length / 2; ++t) copy_in(rows + t * columns, x.x + x.down - wider + t * step, columns);
+  copy_in(rows + length / 2 * columns, x.x + x.end - wider, columns);
+}
+
+template <int length, ForwardKernel kernel>
+[[gnu::always_inline]] inline XfmStatus transform_decimated(const Env9* self, Real* w, const Real* src, ptrdiff_t start,
+                                                            ptrdiff_t mirror, ptrdiff_t columns) {
+  const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * columns;
+  alignas(32) Real rows[length * kWidest];
+  for (ptrdiff_t r = 0; r < self->radix; ++r, w += columns, start += shift, mirror -= 2 * shift) {
+    copy_samples<length>(rows, source_columns(src, start, mirror), step, columns);
+    for (ptrdiff_t b = 0; b < columns; b += V) {
+      const ptrdiff_t reflected = columns - V - b;
+      kernel({rows, b, (length / 2 - 1) * columns + reflected, (length - 1) * columns + reflected}, columns, w + b, stride);
+    }
+  }
   return xfmStatusOk;
 }
 
-// Rows of the inner and the outer section for one h; radix 8 has but one section.
+// Rows of the inner and the outer section of the table for one h; radix 8 has but one section.
 template <int radix>
 struct CombineRows {
   static constexpr ptrdiff_t inner = radix == 8 ? 14 : radix == 16 ? 6 : 14;
@@ -59,26 +86,62 @@ struct CombineRows {
   static constexpr bool outer_first = radix == 32 && Precision::kCombine32SecondFirst;
 };
 
+// Bins h + m2*f and m2*f - 1 - h of every column for each h, from `columns` columns side by side to rows `stride` apart.
 template <int radix, CombineKernel kernel>
-[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w) {
-  constexpr ptrdiff_t V = Precision::kLanes;
+[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, ptrdiff_t columns,
+                                                      ptrdiff_t stride) {
   using Rows = CombineRows<radix>;
   const Real* const table = static_cast<const Real*>(self->table);
-  const ptrdiff_t stride = self->stride, chunks = self->chunks, step = 2 * ptrdiff_t{self->cols} * stride;
-  const Real* const inner = table + (Rows::outer_first ? chunks * Rows::outer * V : 0);
-  const Real* const outer = table + (Rows::outer_first ? 0 : chunks * Rows::inner * V);
-  for (ptrdiff_t h = 0; h < chunks; ++h)
-    kernel(w + h * self->doubleSpan, inner + h * Rows::inner * V, outer + h * Rows::outer * V, t + 2 * h * stride,
-           t + step - 2 * (h + 1) * stride, stride, step);
+  const ptrdiff_t chunks = self->chunks, step = 2 * ptrdiff_t{self->cols} * stride;
+  const Real* inner = table + (Rows::outer_first ? chunks * Rows::outer * V : 0);
+  const Real* outer = table + (Rows::outer_first ? 0 : chunks * Rows::inner * V);
+  Real* rising = t;
+  Real* falling = t + step - 2 * stride;
+  const bool buffered = far_apart(step);
+  alignas(32) Real rows[2 * radix * kWidest];
+  for (ptrdiff_t h = 0; h < chunks; ++h) {
+    if (buffered) {
+      for (ptrdiff_t b = 0; b < columns; b += V)
+        kernel(w + b, columns, inner, outer, rows + b, rows + radix * columns + b, columns, 2 * columns);
+      for (ptrdiff_t f = 0; f < radix / 2; ++f) {
+        copy_out(rising + f * step, rows + 2 * f * columns, columns);
+        copy_out(rising + f * step + stride, rows + (2 * f + 1) * columns, columns);
+        copy_out(falling + f * step, rows + (radix + 2 * f) * columns, columns);
+        copy_out(falling + f * step + stride, rows + (radix + 2 * f + 1) * columns, columns);
+      }
+    } else {
+      for (ptrdiff_t b = 0; b < columns; b += V)
+        kernel(w + b, columns, inner, outer, rising + b, falling + b, stride, step);
+    }
+    w += 2 * radix * columns;
+    inner += Rows::inner * V;
+    outer += Rows::outer * V;
+    rising += 2 * stride;
+    falling -= 2 * stride;
+  }
   return xfmStatusOk;
 }
 
-template <SynthesisKernel kernel>
+// K vectors of groups go through a buffer of 2d rows: outputs u = 0 .. d-1 upward, then u = -1 .. -d, whose elements
+// run downward in dst.
+template <int length, SynthesisKernel kernel>
 [[gnu::always_inline]] inline XfmStatus synthesise_groups(const Env4* self, Real* dst, const Real* t) {
-  constexpr ptrdiff_t V = Precision::kLanes;
-  const Real* const table = static_cast<const Real*>(self->table);
-  for (ptrdiff_t i = 0; i < self->chunks; ++i)
-    kernel(t + i * self->vecSpan, table + i * self->vecSpan, {dst + V * i}, {dst, self->wrap - V * i - (V - 1)}, self->cols);
+  constexpr ptrdiff_t K = 4, d = length / 2;
+  const Real* table = static_cast<const Real*>(self->table);
+  const ptrdiff_t m = self->cols, chunks = self->chunks, wrap = self->wrap;
+  ptrdiff_t i = 0;
+  if (far_apart(m)) {
+    alignas(32) Real rows[length * K * V];
+    for (; i + K <= chunks; i += K) {
+      for (ptrdiff_t k = 0; k < K; ++k, t += length * V, table += length * V)
+        kernel(t, table, {rows + V * k}, {rows, (3 * d - 1) * K * V + V * (K - 1 - k)}, K * V);
+      for (ptrdiff_t u = 0; u < d; ++u) copy_out(dst + m * u + V * i, rows + u * K * V, K * V);
+      for (ptrdiff_t u = d; u < 2 * d; ++u)
+        copy_out(dst + (wrap - m * u - V * (i + K) + 1), rows + (3 * d - 1 - u) * K * V, K * V);
+    }
+  }
+  for (; i < chunks; ++i, t += length * V, table += length * V)
+    kernel(t, table, {dst + V * i}, {dst, wrap - V * i - (V - 1)}, m);
   return xfmStatusOk;
 }
 
@@ -104,50 +167,49 @@ XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Rea
     case 4: return transform_columns<forward16>(self, t, src);
     case 5: return transform_columns<forward32>(self, t, src);
     case 6: return transform_columns<forward64>(self, t, src);
-    case kPartGeneral: break;
+    case kPartGeneral:
+      XFM_DCT4(env7_compute)(first_of<Env7>(self->stageOne), t, src, 0, self->wrap, self->radix, self->radix);
+      return xfmStatusOk;
     default: return kNoSuchRule;
   }
-  constexpr ptrdiff_t V = Precision::kLanes;
-  const Env7* const split = first_of<Env7>(self->stageOne);
-  for (ptrdiff_t i = 0; i < self->vecRadix; ++i)
-    XFM_DCT4(env7_compute)(split, t, src, V * i, self->wrap - 2 * V * i, V * i);
-  return xfmStatusOk;
 }
 
+// All `columns` columns from start on; the rows of the result are `stride` apart.
 XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start, ptrdiff_t mirror,
-                                 ptrdiff_t column) {
+                                 ptrdiff_t columns, ptrdiff_t stride) {
   using namespace xfm::dct4;
   if (self->rule != 1) return kNoSuchRule;
   Real* const scratch = static_cast<Real*>(self->scratch);
-  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, column);
-  XFM_DCT4(env8_compute)(first_of<Env8>(self->stageOne), t, scratch, column, column);
+  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, columns);
+  XFM_DCT4(env8_compute)(first_of<Env8>(self->stageOne), t, scratch, columns, stride);
   return xfmStatusOk;
 }
 
+// Sequence r, bin h: the real part in row 2d'h + r of w, the imaginary part in row 2d'h + d' + r.
 XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start, ptrdiff_t mirror,
-                                 ptrdiff_t column) {
+                                 ptrdiff_t columns) {
   using namespace xfm::dct4;
-  const Columns columns = {src, start, mirror};
   switch (self->rule) {
-    case 4: return transform_decimated<forward16>(self, w + column, columns);
-    case 5: return transform_decimated<forward32>(self, w + column, columns);
-    case 6: return transform_decimated<forward64>(self, w + column, columns);
+    case 4: return transform_decimated<16, forward16>(self, w, src, start, mirror, columns);
+    case 5: return transform_decimated<32, forward32>(self, w, src, start, mirror, columns);
+    case 6: return transform_decimated<64, forward64>(self, w, src, start, mirror, columns);
     case kPartGeneral: break;
     default: return kNoSuchRule;
   }
   const Env7* const split = first_of<Env7>(self->stageOne);
   const ptrdiff_t shift = self->outerSpan;
   for (ptrdiff_t r = 0; r < self->radix; ++r)
-    XFM_DCT4(env7_compute)(split, w, src, start + r * shift, mirror - 2 * r * shift, column + r * self->outerStride);
+    XFM_DCT4(env7_compute)(split, w + r * columns, src, start + r * shift, mirror - 2 * r * shift, columns,
+                           self->radix * columns);
   return xfmStatusOk;
 }
 
-XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t column, ptrdiff_t from) {
+XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t columns, ptrdiff_t stride) {
   using namespace xfm::dct4;
   switch (self->rule) {
-    case 3: return combine_parts<8, combine8>(self, t + column, w + from);
-    case 4: return combine_parts<16, combine16>(self, t + column, w + from);
-    case 5: return combine_parts<32, combine32>(self, t + column, w + from);
+    case 3: return combine_parts<8, combine8>(self, t, w, columns, stride);
+    case 4: return combine_parts<16, combine16>(self, t, w, columns, stride);
+    case 5: return combine_parts<32, combine32>(self, t, w, columns, stride);
     default: return kNoSuchRule;
   }
 }
@@ -156,11 +218,11 @@ XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const R
   using namespace xfm::dct4;
   switch (self->rule) {
 #ifdef XFM_DCT4_SYNTHESIS_8
-    case 3: return synthesise_groups<synthesis8>(self, dst, t);
+    case 3: return synthesise_groups<8, synthesis8>(self, dst, t);
 #endif
-    case 4: return synthesise_groups<synthesis16>(self, dst, t);
-    case 5: return synthesise_groups<synthesis32>(self, dst, t);
-    case 6: return synthesise_groups<synthesis64>(self, dst, t);
+    case 4: return synthesise_groups<16, synthesis16>(self, dst, t);
+    case 5: return synthesise_groups<32, synthesis32>(self, dst, t);
+    case 6: return synthesise_groups<64, synthesis64>(self, dst, t);
     default: return kNoSuchRule;
   }
 }

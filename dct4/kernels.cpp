@@ -99,10 +99,11 @@ StageKernel synthesis_kernel(int length, bool single) {
 StageKernel combine_kernel(int radix, bool single) {
   StageKernel k{"combine", radix, Network(vector_type(single), Signs::Explicit), {"inner", "outer"}, {}, {}, {}};
   k.parameters =
-      "const Real* w, const Real* inner, const Real* outer, Real* rising, Real* falling, ptrdiff_t stride, ptrdiff_t step";
+      "const Real* w, ptrdiff_t row, const Real* inner, const Real* outer, Real* rising, Real* falling, ptrdiff_t stride, "
+      "ptrdiff_t step";
   if (radix == 8) k.prelude = {"(void)outer;"};
   const int lanes = width(k.net.type());
-  const auto row = [&](int r) { return k.net.load(place(k.sources, "(w + " + number(r) + " * stride)"), 0); };
+  const auto row = [&](int r) { return k.net.load(place(k.sources, "(w + " + number(r) + " * row)"), 0); };
   std::vector<Complex> s;
   for (int r = 0; r < radix; ++r) s.push_back({row(r), row(radix + r)});
   const Rotation rotation = [&](int section, int entry) {
