@@ -1,0 +1,28 @@
+# The DCT-IV. The planner's and tables' tests reach internal functions: they link the objects, not the library.
+set(dct4_sizes XFM_DCT4_SIZES="${CMAKE_SOURCE_DIR}/plans/dct4_block_sizes.tsv")
+
+xfm_add_test(dct4_planner_test LABEL dct4 SOURCES dct4_planner_test.cpp $<TARGET_OBJECTS:xfm_dct4>
+  LIBRARIES xfm_headers xfm_generator)
+target_compile_definitions(dct4_planner_test PRIVATE ${dct4_sizes})
+target_include_directories(dct4_planner_test PRIVATE ${CMAKE_SOURCE_DIR}/core)
+
+xfm_add_test(dct4_tables_test LABEL dct4 SOURCES dct4_tables_test.cpp $<TARGET_OBJECTS:xfm_dct4>
+  LIBRARIES xfm_headers xfmcorex64 quadmath)
+target_compile_options(dct4_tables_test PRIVATE -fno-builtin)
+
+xfm_add_test(dct4_transform_test LABEL dct4 SOURCES dct4_transform_test.cpp $<TARGET_OBJECTS:xfm_dct4>
+  LIBRARIES xfm_headers xfmcorex64 quadmath)
+target_compile_options(dct4_transform_test PRIVATE -O2)
+
+# The units once more, with the compiler's checks of undefined behaviour and of data races.
+function(dct4_sanitized name sanitizer)
+  xfm_add_test(${name} LABEL dct4 SOURCES ${ARGN} ${DCT4_UNITS} ${CMAKE_SOURCE_DIR}/src/owngenautolib.cpp
+    LIBRARIES xfm_headers xfm_generator)
+  add_dependencies(${name} xfm_dct4)
+  target_compile_definitions(${name} PRIVATE ${dct4_sizes} XFM_DCT4_SANITIZED)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/core)
+  target_compile_options(${name} PRIVATE -O1 -mavx -ffp-contract=off -fsanitize=${sanitizer} -fno-sanitize-recover=all)
+  target_link_options(${name} PRIVATE -fsanitize=${sanitizer})
+endfunction()
+dct4_sanitized(dct4_undefined_test undefined dct4_planner_test.cpp dct4_transform_test.cpp)
+dct4_sanitized(dct4_race_test thread dct4_transform_test.cpp ${CMAKE_SOURCE_DIR}/core/xfmcore.c)
