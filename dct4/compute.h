@@ -15,11 +15,18 @@
 
 #include "dct4/access.h"
 
+namespace xfm::dct4 {
+struct Rows {
+  ptrdiff_t columns;  // side by side
+  ptrdiff_t stride;   // from row to row
+};
+}  // namespace xfm::dct4
+
 extern "C" {
 XFM_INTERNAL XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t);
 XFM_INTERNAL XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Real* src);
 XFM_INTERNAL XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start,
-                                              ptrdiff_t mirror, ptrdiff_t columns, ptrdiff_t stride);
+                                              ptrdiff_t mirror, const xfm::dct4::Rows& result);
 XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t columns,
                                               ptrdiff_t stride);
 XFM_INTERNAL XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
@@ -80,7 +87,7 @@ template <int length, ForwardKernel kernel>
 
 // Rows of the inner and the outer section of the table for one h; radix 8 has but one section.
 template <int radix>
-struct CombineRows {
+struct Sections {
   static constexpr ptrdiff_t inner = radix == 8 ? 14 : radix == 16 ? 6 : 14;
   static constexpr ptrdiff_t outer = radix == 8 ? 0 : 6 * (radix / 4);
   static constexpr bool outer_first = radix == 32 && Precision::kCombine32SecondFirst;
@@ -90,58 +97,56 @@ struct CombineRows {
 template <int radix, CombineKernel kernel>
 [[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, ptrdiff_t columns,
                                                       ptrdiff_t stride) {
-  using Rows = CombineRows<radix>;
+  using Section = Sections<radix>;
   const Real* const table = static_cast<const Real*>(self->table);
   const ptrdiff_t chunks = self->chunks, step = 2 * ptrdiff_t{self->cols} * stride;
-  const Real* inner = table + (Rows::outer_first ? chunks * Rows::outer * V : 0);
-  const Real* outer = table + (Rows::outer_first ? 0 : chunks * Rows::inner * V);
+  const Real* inner = table + (Section::outer_first ? chunks * Section::outer * V : 0);
+  const Real* outer = table + (Section::outer_first ? 0 : chunks * Section::inner * V);
   Real* rising = t;
   Real* falling = t + step - 2 * stride;
-  const bool buffered = far_apart(step);
   alignas(32) Real rows[2 * radix * kWidest];
+  const bool buffered = far_apart(step);
+  const ptrdiff_t near = buffered ? columns : stride, next = buffered ? 2 * columns : step;
   for (ptrdiff_t h = 0; h < chunks; ++h) {
-    if (buffered) {
-      for (ptrdiff_t b = 0; b < columns; b += V)
-        kernel(w + b, columns, inner, outer, rows + b, rows + radix * columns + b, columns, 2 * columns);
-      for (ptrdiff_t f = 0; f < radix / 2; ++f) {
-        copy_out(rising + f * step, rows + 2 * f * columns, columns);
-        copy_out(rising + f * step + stride, rows + (2 * f + 1) * columns, columns);
-        copy_out(falling + f * step, rows + (radix + 2 * f) * columns, columns);
-        copy_out(falling + f * step + stride, rows + (radix + 2 * f + 1) * columns, columns);
-      }
-    } else {
-      for (ptrdiff_t b = 0; b < columns; b += V)
-        kernel(w + b, columns, inner, outer, rising + b, falling + b, stride, step);
+    Real* const up = buffered ? rows : rising;
+    Real* const down = buffered ? rows + radix * columns : falling;
+    for (ptrdiff_t b = 0; b < columns; b += V) kernel(w + b, columns, inner, outer, up + b, down + b, near, next);
+    for (ptrdiff_t f = 0; buffered && f < radix / 2; ++f) {
+      copy_out(rising + f * step, rows + 2 * f * columns, columns);
+      copy_out(rising + f * step + stride, rows + (2 * f + 1) * columns, columns);
+      copy_out(falling + f * step, rows + (radix + 2 * f) * columns, columns);
+      copy_out(falling + f * step + stride, rows + (radix + 2 * f + 1) * columns, columns);
     }
     w += 2 * radix * columns;
-    inner += Rows::inner * V;
-    outer += Rows::outer * V;
+    inner += Section::inner * V;
+    outer += Section::outer * V;
     rising += 2 * stride;
     falling -= 2 * stride;
   }
   return xfmStatusOk;
 }
 
-// K vectors of groups go through a buffer of 2d rows: outputs u = 0 .. d-1 upward, then u = -1 .. -d, whose elements
-// run downward in dst.
+// Far rows of dst take K vectors of groups at once, by a buffer of 2d rows: outputs u = 0 .. d-1 upward, then
+// u = -1 .. -d, whose elements run downward in dst. Where rows are far apart the number of vectors is a multiple of K.
 template <int length, SynthesisKernel kernel>
 [[gnu::always_inline]] inline XfmStatus synthesise_groups(const Env4* self, Real* dst, const Real* t) {
   constexpr ptrdiff_t K = 4, d = length / 2;
   const Real* table = static_cast<const Real*>(self->table);
-  const ptrdiff_t m = self->cols, chunks = self->chunks, wrap = self->wrap;
-  ptrdiff_t i = 0;
-  if (far_apart(m)) {
-    alignas(32) Real rows[length * K * V];
-    for (; i + K <= chunks; i += K) {
-      for (ptrdiff_t k = 0; k < K; ++k, t += length * V, table += length * V)
-        kernel(t, table, {rows + V * k}, {rows, (3 * d - 1) * K * V + V * (K - 1 - k)}, K * V);
-      for (ptrdiff_t u = 0; u < d; ++u) copy_out(dst + m * u + V * i, rows + u * K * V, K * V);
-      for (ptrdiff_t u = d; u < 2 * d; ++u)
-        copy_out(dst + (wrap - m * u - V * (i + K) + 1), rows + (3 * d - 1 - u) * K * V, K * V);
+  const ptrdiff_t m = self->cols, wrap = self->wrap;
+  alignas(32) Real rows[length * K * V];
+  const bool buffered = far_apart(m);
+  const ptrdiff_t together = buffered ? K : 1, step = buffered ? K * V : m;
+  for (ptrdiff_t i = 0; i < self->chunks; i += together) {
+    Real* const up = buffered ? rows : dst + V * i;
+    Real* const down = buffered ? rows : dst;
+    ptrdiff_t lowest = buffered ? (3 * d - 1) * K * V + V * (K - 1) : wrap - V * i - (V - 1);
+    for (ptrdiff_t k = 0; k < together; ++k, t += length * V, table += length * V, lowest -= V)
+      kernel(t, table, {up + V * k}, {down, lowest}, step);
+    for (ptrdiff_t u = 0; buffered && u < d; ++u) {
+      copy_out(dst + m * u + V * i, rows + u * K * V, K * V);
+      copy_out(dst + (wrap - m * (d + u) - V * (i + K) + 1), rows + (2 * d - 1 - u) * K * V, K * V);
     }
   }
-  for (; i < chunks; ++i, t += length * V, table += length * V)
-    kernel(t, table, {dst + V * i}, {dst, wrap - V * i - (V - 1)}, m);
   return xfmStatusOk;
 }
 
@@ -167,21 +172,22 @@ XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Rea
     case 4: return transform_columns<forward16>(self, t, src);
     case 5: return transform_columns<forward32>(self, t, src);
     case 6: return transform_columns<forward64>(self, t, src);
-    case kPartGeneral:
-      XFM_DCT4(env7_compute)(first_of<Env7>(self->stageOne), t, src, 0, self->wrap, self->radix, self->radix);
-      return xfmStatusOk;
+    case kPartGeneral: break;
     default: return kNoSuchRule;
   }
+  const Rows rows = {self->radix, self->radix};
+  XFM_DCT4(env7_compute)(first_of<Env7>(self->stageOne), t, src, 0, self->wrap, rows);
+  return xfmStatusOk;
 }
 
-// All `columns` columns from start on; the rows of the result are `stride` apart.
+// All columns from start on.
 XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start, ptrdiff_t mirror,
-                                 ptrdiff_t columns, ptrdiff_t stride) {
+                                 const xfm::dct4::Rows& result) {
   using namespace xfm::dct4;
   if (self->rule != 1) return kNoSuchRule;
   Real* const scratch = static_cast<Real*>(self->scratch);
-  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, columns);
-  XFM_DCT4(env8_compute)(first_of<Env8>(self->stageOne), t, scratch, columns, stride);
+  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, result.columns);
+  XFM_DCT4(env8_compute)(first_of<Env8>(self->stageOne), t, scratch, result.columns, result.stride);
   return xfmStatusOk;
 }
 
@@ -198,9 +204,9 @@ XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Rea
   }
   const Env7* const split = first_of<Env7>(self->stageOne);
   const ptrdiff_t shift = self->outerSpan;
+  const Rows rows = {columns, self->radix * columns};
   for (ptrdiff_t r = 0; r < self->radix; ++r)
-    XFM_DCT4(env7_compute)(split, w + r * columns, src, start + r * shift, mirror - 2 * r * shift, columns,
-                           self->radix * columns);
+    XFM_DCT4(env7_compute)(split, w + r * columns, src, start + r * shift, mirror - 2 * r * shift, rows);
   return xfmStatusOk;
 }
 
