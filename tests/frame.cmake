@@ -24,3 +24,10 @@ xfm_add_test(frame_dispatch_test LABEL frame
 target_include_directories(frame_dispatch_test BEFORE PRIVATE ${recorded})
 
 xfm_add_test(frame_library_test LABEL frame SOURCES frame_library_test.cpp LIBRARIES xfm_generator xfmgene9 xfmcorex64 dl)
+
+# The library in other hands: the header under strict compilers, the installed tree, the example programs.
+xfm_add_script_test(header_compiles frame ${CMAKE_CURRENT_SOURCE_DIR}/header_test.sh ${CMAKE_BINARY_DIR}/include)
+xfm_add_script_test(installed_tree frame ${CMAKE_CURRENT_SOURCE_DIR}/install_test.sh ${CMAKE_BINARY_DIR}
+  ${CMAKE_SOURCE_DIR}/examples/ten_lines.c ${CMAKE_CURRENT_SOURCE_DIR}/consumer)
+xfm_add_script_test(ten_lines frame xfm_ten_lines)
+set_tests_properties(ten_lines PROPERTIES PASS_REGULAR_EXPRESSION "bin 2: 0 -4i\nbin 3: 0 \\+0i")
