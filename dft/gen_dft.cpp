@@ -1,4 +1,5 @@
 // Writes one unit of complex kernels: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp
+// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, for comparing the two.
 #include <filesystem>
 #include <string>
 
@@ -6,6 +7,7 @@
 #include "generator/check.h"
 #include "generator/functions.h"
 #include "generator/program.h"
+#include "generator/table.h"
 #include "generator/text.h"
 
 namespace xfm {
@@ -14,6 +16,12 @@ namespace {
 
 std::string plan_of(const ComplexRow& row) {
   return row.text + (row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "");
+}
+
+Form form_named(const std::string& name) {
+  if (name == "split") return Form::Split;
+  if (name == "interleaved") return Form::Interleaved;
+  throw InputError("unknown form '" + name + "'");
 }
 
 std::string report_line(const Function& f, const ComplexRow& row, const ComplexBody& body) {
@@ -28,17 +36,19 @@ std::string report_line(const Function& f, const ComplexRow& row, const ComplexB
 }
 
 void generate(int argc, char** argv) {
-  if (argc != 7) throw InputError("usage: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp");
+  if (argc != 7) throw InputError("usage: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER[:FORM] output.cpp");
+  const std::vector<std::string> choice = split(argv[5], ':');
+  const std::optional<Form> only = choice.size() > 1 ? std::optional(form_named(choice[1])) : std::nullopt;
   const FunctionList list = FunctionList::read(argv[1]);
   const ComplexTables tables = ComplexTables::read(argv[2], argv[3]);
   const std::filesystem::path output = argv[6];
 
   std::string text = unit_head(output.stem(), "gen_dft");
   std::string report = "name\tplan\tform\tA\tM\ttable A\ttable M\tadds\tmuls\tshuffles\tloads\tstores\tport cycles\treason\n";
-  for (const Function* f : list.kernels(argv[5])) {
+  for (const Function* f : list.kernels(choice[0])) {
     const int precision = f->type == "32fc" ? 32 : 64;
     const ComplexRow& row = tables.row(precision, f->size);
-    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1);
+    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, only);
     Kernel kernel;
     kernel.symbol = f->name;
     kernel.element = "Xfm" + f->type;

@@ -1,6 +1,6 @@
 #include "dft/kernels.h"
 
-#include <optional>
+#include <algorithm>
 #include <vector>
 
 #include "generator/check.h"
@@ -59,11 +59,14 @@ Program lowered(const LanedTransform& t, const Candidate& c) {
 
 }  // namespace
 
-ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign) {
+ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, std::optional<Form> only) {
   const Counts counts = held_counts(tables, precision, length, sign);
   std::optional<ComplexBody> best;
   double least = 0;
-  for (const Candidate& c : candidates(precision, length)) {
+  const std::vector<Candidate> all = candidates(precision, length);
+  const bool choice = std::any_of(all.begin(), all.end(), [&](const Candidate& c) { return c.form == only; });
+  for (const Candidate& c : all) {
+    if (choice && c.form != only) continue;
     const LanedTransform t = laned_transform(tables.row(precision, length).plan, tables.recipes.at(precision), sign, c.lanes, c.placement);
     ComplexBody body{lowered(t, c), c.form, c.type, c.placement, c.lanes, counts};
     const double cycles = port_use(body.program).estimate();

@@ -1,6 +1,7 @@
 // Complex kernels: from a plan row to the machine form of a body, with the counts held against the row.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "dft/tables.h"
@@ -20,8 +21,8 @@ struct ComplexBody {
 };
 
 // Builds the body of one size and direction (sign -1 forward, +1 inverse); throws InputError where the counts of the
-// graph are not those of the row.
-ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign);
+// graph are not those of the row. With `only`, the body in that form where the size has several.
+ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, std::optional<Form> only = {});
 
 std::string describe(const ComplexBody& body);
 
