@@ -4,7 +4,10 @@ namespace xfm::audit {
 namespace {
 
 BodySummary summary_of(const Body& body) {
-  BodySummary out{.function = body.name, .promise = body.promise, .lines = {}, .frame_bytes = body.frame_bytes,
+  BodySummary out{.function = body.name,
+                  .promise = body.promise,
+                  .lines = {},
+                  .frame_bytes = body.frame_bytes,
                   .code_bytes = body.bytes};
   for (const auto& line : body.lines) out.lines.emplace_back(line.name, line.counts);
   if (out.lines.empty()) out.lines.emplace_back("whole", body.whole);
@@ -22,8 +25,8 @@ void compare_twins(const std::vector<BodySummary>& bodies, Findings& findings) {
     for (const auto* column : {"adds", "muls", "widen", "narrow"}) {
       const int own = body.lines.front().second.at(column), other = twin->second->lines.front().second.at(column);
       if (own == other) continue;
-      findings.push_back({"twin-arithmetic", body.function, std::string(column) + ": " + std::to_string(own) +
-                                                                ", in the twin " + std::to_string(other)});
+      findings.push_back({"twin-arithmetic", body.function,
+                          std::string(column) + ": " + std::to_string(own) + ", in the twin " + std::to_string(other)});
     }
   }
 }

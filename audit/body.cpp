@@ -121,9 +121,9 @@ bool branches_late(const Body& body) {
 
 const std::vector<std::string>& count_columns() {
   static const auto columns = [] {
-    std::vector<std::string> out{"instructions", "vector_bits", "adds", "muls", "shuffles", "inserts", "broadcasts",
-                                 "blends", "logic", "widen", "narrow", "copies", "packed_add", "packed_sub",
-                                 "packed_addsub", "packed_mul"};
+    std::vector<std::string> out{"instructions", "vector_bits", "adds",          "muls",      "shuffles", "inserts",
+                                 "broadcasts",   "blends",      "logic",         "widen",     "narrow",   "copies",
+                                 "packed_add",   "packed_sub",  "packed_addsub", "packed_mul"};
     for (const auto mnemonic : kScalarMnemonics) out.emplace_back(ZydisMnemonicGetString(mnemonic));
     out.insert(out.end(), {"src_loads", "dst_stores", "constant_loads", "reloads", "spills"});
     return out;

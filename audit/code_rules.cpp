@@ -66,9 +66,8 @@ void check_decoded(const Body& body, const Surroundings&, Findings& findings) {
 }
 
 void check_fma(const Body& body, const Surroundings&, Findings& findings) {
-  each_instruction(body, findings, "fma", [](const Instruction& instruction) {
-    return is_fma(instruction) ? "fused multiply-add" : "";
-  });
+  each_instruction(body, findings, "fma",
+                   [](const Instruction& instruction) { return is_fma(instruction) ? "fused multiply-add" : ""; });
 }
 
 void check_encoding(const Body& body, const Surroundings&, Findings& findings) {
@@ -123,7 +122,8 @@ void check_width(const Body& body, const Surroundings&, Findings& findings) {
   for (const auto& access : body.trace.accesses) {
     const bool data = access.region == Region::Src || access.region == Region::Dst;
     if (form == Form::Scalar && data && access.bytes != body.promise->component_bytes())
-      findings.push_back({"width", body.name, text_of(body.at(access)) + ": a scalar body moves one component at a time"});
+      findings.push_back(
+          {"width", body.name, text_of(body.at(access)) + ": a scalar body moves one component at a time"});
   }
 }
 
@@ -153,7 +153,8 @@ std::string stage_fault(const Instruction& instruction, bool is_double, bool is_
     if (operation.lanes != (is_double ? Lanes::Double : Lanes::Single)) return "not in the stage's precision";
   }
   if (instruction.mnemonic() == ZYDIS_MNEMONIC_VPERM2F128) return "crosses the halves of a register";
-  const bool moves_lanes = operation.kind == Kind::Shuffle || operation.kind == Kind::Insert || operation.kind == Kind::Blend;
+  const bool moves_lanes =
+      operation.kind == Kind::Shuffle || operation.kind == Kind::Insert || operation.kind == Kind::Blend;
   if (is_combine && moves_lanes) return "moves lanes in the combine stage";
   return operation.kind == Kind::Other ? "not among a stage's operations" : "";
 }
@@ -161,8 +162,8 @@ std::string stage_fault(const Instruction& instruction, bool is_double, bool is_
 void check_stages(const Body& body, const Surroundings&, Findings& findings) {
   constexpr std::string_view kPrefix = "owngDCT4_", kStages[] = {"env4", "env5", "env8", "env9"};
   const std::string_view name = body.name;
-  const auto stage = std::ranges::find_if(
-      kStages, [&](std::string_view s) { return name.ends_with(std::string(s) + "_compute"); });
+  const auto stage =
+      std::ranges::find_if(kStages, [&](std::string_view s) { return name.ends_with(std::string(s) + "_compute"); });
   if (!name.starts_with(kPrefix) || stage == std::end(kStages)) return;
   const bool is_double = name.substr(kPrefix.size()).starts_with("64f");
   each_instruction(body, findings, "stages", [&](const Instruction& instruction) {
@@ -174,9 +175,10 @@ void check_stages(const Body& body, const Surroundings&, Findings& findings) {
 
 std::vector<BodyRule> code_rules() {
   return {
-      {"decoding", check_decoded},     {"fma", check_fma},     {"encoding", check_encoding},
-      {"generation", check_generation}, {"operation", check_operation}, {"width", check_width},
-      {"precision", check_precision},   {"stages", check_stages},
+      {"decoding", check_decoded},    {"fma", check_fma},
+      {"encoding", check_encoding},   {"generation", check_generation},
+      {"operation", check_operation}, {"width", check_width},
+      {"precision", check_precision}, {"stages", check_stages},
   };
 }
 

@@ -34,7 +34,8 @@ Column column_from(std::string text) {
 // Which place of a row holds which column. Without a choice all places but the first do.
 std::map<std::size_t, Column> chosen_columns(const std::vector<std::string>& header, const std::string& choice,
                                              const std::string& path, int line) {
-  if (header.front() != "function" && header.front() != "name") fail(path, line, "the first column must be 'function' or 'name'");
+  if (header.front() != "function" && header.front() != "name")
+    fail(path, line, "the first column must be 'function' or 'name'");
   std::map<std::size_t, Column> out;
   const std::vector<std::string> names(header.begin() + 1, header.end());
   for (const auto& text : choice.empty() ? names : split(choice, ',')) {
@@ -73,9 +74,9 @@ void compare_body(const std::vector<Demand>& demands, const BodySummary& body, F
     for (const auto& demand : demands) {
       const int found = found_count(demand, body, counts);
       if (demand.at_most ? found <= demand.value : found == demand.value) continue;
-      findings.push_back({"counts", body.function, line + " line, " + demand.column + ": " + std::to_string(found) +
-                                                       " instead of " + (demand.at_most ? "at most " : "") +
-                                                       std::to_string(demand.value)});
+      findings.push_back({"counts", body.function,
+                          line + " line, " + demand.column + ": " + std::to_string(found) + " instead of " +
+                              (demand.at_most ? "at most " : "") + std::to_string(demand.value)});
     }
   }
 }
@@ -113,7 +114,8 @@ CountTable read_count_table(const std::string& path_and_columns) {
     std::vector<Demand> demands;
     for (const auto& [place, column] : columns)
       if (auto demand = demand_from(column, cells[place], path, line)) demands.push_back(*std::move(demand));
-    if (!table.rows.emplace(cells.front(), std::move(demands)).second) fail(path, line, cells.front() + " stands twice");
+    if (!table.rows.emplace(cells.front(), std::move(demands)).second)
+      fail(path, line, cells.front() + " stands twice");
   }
   if (table.rows.empty()) throw BadTable(path + ": no row");
   return table;

@@ -15,7 +15,7 @@ struct BadTable : std::runtime_error {
 };
 
 struct Demand {
-  std::string column;                // as in the header
+  std::string column;  // as in the header
   std::vector<std::string> summands;
   int value = 0;
   bool at_most = false;

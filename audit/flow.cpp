@@ -98,8 +98,8 @@ Flow flow_of(const std::vector<Instruction>& code) {
   }
   for (std::size_t b = 0; b < flow.blocks.size(); ++b) {
     const auto& tail = code[flow.blocks[b].last - 1];
-    const bool falls_through = tail.transfer == Transfer::None || tail.transfer == Transfer::Call ||
-                               tail.transfer == Transfer::Branch;
+    const bool falls_through =
+        tail.transfer == Transfer::None || tail.transfer == Transfer::Call || tail.transfer == Transfer::Branch;
     if (falls_through && b + 1 < flow.blocks.size()) connect(flow, b, b + 1);
     if (tail.transfer == Transfer::Return) flow.blocks[b].leaves = true;
     if (!tail.target || tail.transfer == Transfer::Call) continue;

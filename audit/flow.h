@@ -15,10 +15,10 @@ struct Block {
 
 struct Flow {
   std::vector<Block> blocks;
-  std::vector<std::uint64_t> stray_targets;      // jumps into the middle of an instruction
-  std::vector<std::size_t> indirect_jumps;       // instruction indices
-  std::vector<std::size_t> back_edges;           // instruction indices of jumps that close a loop
-  std::vector<std::size_t> reachable;            // block indices in topological order (loops aside)
+  std::vector<std::uint64_t> stray_targets;  // jumps into the middle of an instruction
+  std::vector<std::size_t> indirect_jumps;   // instruction indices
+  std::vector<std::size_t> back_edges;       // instruction indices of jumps that close a loop
+  std::vector<std::size_t> reachable;        // block indices in topological order (loops aside)
 };
 
 [[nodiscard]] Flow flow_of(const std::vector<Instruction>& code);

@@ -62,7 +62,8 @@ void check_prologue(const Body& body, const Surroundings&, Findings& findings) {
     const auto kind = body.code[i].operation.kind;
     const bool works = kind != Kind::Integer && kind != Kind::Move && kind != Kind::Broadcast && kind != Kind::Logic &&
                        kind != Kind::ZeroUpper;
-    if (works && body.trace.reached[i] && !in_line[i] && !body.lines.empty()) report.at(i, "work outside the straight line");
+    if (works && body.trace.reached[i] && !in_line[i] && !body.lines.empty())
+      report.at(i, "work outside the straight line");
   }
 }
 
@@ -79,7 +80,8 @@ void check_twin_call(const Body& body, std::size_t i, const State& state, Report
   if (registers[7] != Value::address(Region::Src, 0) || registers[6] != Value::address(Region::Dst, 0) ||
       registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::CallersBuffer, 0)))
     report.at(i, "the twin does not get the kernel's own arguments");
-  if (body.code[i].transfer != Transfer::Call && registers[4] != Value::address(Region::Stack, 0)) report.at(i, "the stack is not as it was on entry");
+  if (body.code[i].transfer != Transfer::Call && registers[4] != Value::address(Region::Stack, 0))
+    report.at(i, "the stack is not as it was on entry");
 }
 
 // A block of exactly the stated size, and only once nothing can be refused any more.
@@ -151,8 +153,8 @@ void check_zero_upper(const Body& body, const Surroundings&, Findings& findings)
   Report report("zero-upper", body, findings);
   for (const auto& [i, state] : body.trace.before_transfer) {
     const auto& code = body.code[i];
-    const bool leaves = code.transfer == Transfer::Return || code.transfer == Transfer::Call ||
-                        leaves_function(body, code);
+    const bool leaves =
+        code.transfer == Transfer::Return || code.transfer == Transfer::Call || leaves_function(body, code);
     if (leaves && state.upper_dirty) report.at(i, "256-bit work and no vzeroupper before leaving");
   }
 }
@@ -201,7 +203,8 @@ void check_buffer(const Body& body, const Surroundings&, Findings& findings) {
     if (!is_buffer(access.region)) continue;
     (access.writes ? stored : loaded) = true;
     const auto& operation = body.at(access).operation;
-    if (operation.kind == Kind::Move && !operation.needs_alignment) report.at(access.instruction, "an unaligned move of the buffer");
+    if (operation.kind == Kind::Move && !operation.needs_alignment)
+      report.at(access.instruction, "an unaligned move of the buffer");
   }
   if (!loaded || !stored) report("the buffer is not used");
 }
@@ -244,7 +247,8 @@ void check_extent(const Body& body, const Surroundings&, Findings& findings) {
       if (is_load ? !access.reads : !access.writes) continue;
       auto& counts = is_load ? loads : stores;
       const auto end = access.offset + access.bytes;
-      if (access.offset < 0 || end > static_cast<std::int64_t>(counts.size()) * component || access.offset % component) {
+      if (access.offset < 0 || end > static_cast<std::int64_t>(counts.size()) * component ||
+          access.offset % component) {
         report.at(access.instruction, std::string("outside ") + array_name(access.region));
         continue;
       }
@@ -254,7 +258,8 @@ void check_extent(const Body& body, const Surroundings&, Findings& findings) {
       if ((loads[c] > 0) != promise.reads_component(c))
         report("src component " + std::to_string(c) + (loads[c] > 0 ? " is loaded" : " is never loaded"));
     for (int c = 0; c < promise.dst_components(); ++c)
-      if (stores[c] != 1) report("dst component " + std::to_string(c) + " is stored " + std::to_string(stores[c]) + " times");
+      if (stores[c] != 1)
+        report("dst component " + std::to_string(c) + " is stored " + std::to_string(stores[c]) + " times");
   }
 }
 
@@ -264,8 +269,9 @@ void check_equal_lines(const Body& body, const Surroundings&, Findings& findings
   for (const auto* column : {"adds", "muls", "widen", "narrow"}) {
     const int a = body.lines[0].counts.at(column), b = body.lines[1].counts.at(column);
     if (a == b) continue;
-    findings.push_back({"twin-arithmetic", body.name, std::string(column) + ": " + std::to_string(a) + " in one line, " +
-                                                          std::to_string(b) + " in the other"});
+    findings.push_back(
+        {"twin-arithmetic", body.name,
+         std::string(column) + ": " + std::to_string(a) + " in one line, " + std::to_string(b) + " in the other"});
   }
 }
 
@@ -273,14 +279,20 @@ void check_equal_lines(const Body& body, const Surroundings&, Findings& findings
 
 std::vector<BodyRule> flow_rules() {
   return {
-      {"straight-line", check_straight_line}, {"prologue", check_prologue},
-      {"call", check_calls},                  {"stack", check_stack_balance},
+      {"straight-line", check_straight_line},
+      {"prologue", check_prologue},
+      {"call", check_calls},
+      {"stack", check_stack_balance},
       {"status", check_status},
-      {"frame", check_frame},                 {"zero-upper", check_zero_upper},
-      {"attribution", check_attribution},     {"order", check_order},
-      {"alignment", check_alignment},         {"gate", check_gate},
+      {"frame", check_frame},
+      {"zero-upper", check_zero_upper},
+      {"attribution", check_attribution},
+      {"order", check_order},
+      {"alignment", check_alignment},
+      {"gate", check_gate},
       {"buffer", check_buffer},
-      {"extent", check_extent},               {"twin-arithmetic", check_equal_lines},
+      {"extent", check_extent},
+      {"twin-arithmetic", check_equal_lines},
   };
 }
 

@@ -13,24 +13,24 @@
 namespace xfm::audit {
 
 enum class Kind {
-  Integer,      // no vector register involved
+  Integer,  // no vector register involved
   Add,
   Subtract,
   AddSubtract,
   Multiply,
-  Shuffle,      // moves values between lanes, from registers or a full-width memory operand
-  Insert,       // a half or an element from or to memory
-  Broadcast,    // one element or one half from memory to all lanes
-  Blend,        // picks lanes without moving them
+  Shuffle,    // moves values between lanes, from registers or a full-width memory operand
+  Insert,     // a half or an element from or to memory
+  Broadcast,  // one element or one half from memory to all lanes
+  Blend,      // picks lanes without moving them
   Logic,
-  Widen,        // single to double
-  Narrow,       // double to single
-  Move,         // loads, stores and copies
+  Widen,   // single to double
+  Narrow,  // double to single
+  Move,    // loads, stores and copies
   ZeroUpper,
-  Other,        // a vector instruction that no kernel has a use for
+  Other,  // a vector instruction that no kernel has a use for
 };
 
-enum class Lanes { None, Single, Double };         // element type of arithmetic
+enum class Lanes { None, Single, Double };  // element type of arithmetic
 enum class Transfer { None, Jump, Branch, Call, Return, Trap };
 
 struct Operation {

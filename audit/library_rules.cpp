@@ -61,8 +61,8 @@ void check_imports(const ElfImage& image, const Surroundings&, const Expected& e
 }
 
 void check_writable(const ElfImage& image, const Surroundings&, const Expected&, Findings& findings) {
-  constexpr std::string_view kRelocated[] = {".dynamic", ".got", ".got.plt", ".data.rel.ro", ".init_array",
-                                             ".fini_array"};  // the last two have a rule of their own
+  constexpr std::string_view kRelocated[] = {".dynamic",    ".got",       ".got.plt", ".data.rel.ro",
+                                             ".init_array", ".fini_array"};  // the last two have a rule of their own
   for (const auto& section : image.sections()) {
     const auto& header = section.header;
     if (!(header.sh_flags & SHF_WRITE) || !(header.sh_flags & SHF_ALLOC) || header.sh_size == 0) continue;
@@ -76,13 +76,16 @@ void check_writable(const ElfImage& image, const Surroundings&, const Expected&,
 }
 
 void check_constructors(const ElfImage& image, const Surroundings&, const Expected&, Findings& findings) {
-  constexpr std::pair<Elf64_Sxword, const char*> kTags[] = {
-      {DT_INIT, "DT_INIT"}, {DT_FINI, "DT_FINI"}, {DT_INIT_ARRAY, "DT_INIT_ARRAY"},
-      {DT_FINI_ARRAY, "DT_FINI_ARRAY"}, {DT_PREINIT_ARRAY, "DT_PREINIT_ARRAY"}};
+  constexpr std::pair<Elf64_Sxword, const char*> kTags[] = {{DT_INIT, "DT_INIT"},
+                                                            {DT_FINI, "DT_FINI"},
+                                                            {DT_INIT_ARRAY, "DT_INIT_ARRAY"},
+                                                            {DT_FINI_ARRAY, "DT_FINI_ARRAY"},
+                                                            {DT_PREINIT_ARRAY, "DT_PREINIT_ARRAY"}};
   for (const auto& [tag, name] : kTags)
     if (image.dynamic_value(tag)) findings.push_back({"constructors", name, "code that runs at load or unload time"});
   for (const auto& symbol : image.symbols())
-    if (symbol.type == STT_GNU_IFUNC) findings.push_back({"constructors", symbol.name, "resolved by code at load time"});
+    if (symbol.type == STT_GNU_IFUNC)
+      findings.push_back({"constructors", symbol.name, "resolved by code at load time"});
 }
 
 void check_thread_storage(const ElfImage& image, const Surroundings&, const Expected&, Findings& findings) {
@@ -115,7 +118,8 @@ void check_coverage(const ElfImage& image, const Surroundings& around, const Exp
       if (to <= covered) return;
       for (const auto& instruction : decoder.sweep(image.bytes_at(covered, to - covered), covered))
         if (!instruction.is_padding())
-          return findings.push_back({"coverage", section.name, "code at " + hex(instruction.address) + " outside any function"});
+          return findings.push_back(
+              {"coverage", section.name, "code at " + hex(instruction.address) + " outside any function"});
     };
     for (const auto& [address, function] : around.functions()) {
       if (address < header.sh_addr || address >= end) continue;
@@ -149,12 +153,18 @@ void check_folding(const ElfImage& image, const Surroundings& around, const Expe
 
 std::vector<LibraryRule> library_rules() {
   return {
-      {"symbols", check_symbols},           {"soname", check_soname},
-      {"needed", check_needed},             {"exports", check_exports},
-      {"imports", check_imports},           {"writable", check_writable},
-      {"constructors", check_constructors}, {"thread-storage", check_thread_storage},
-      {"text-relocations", check_text_relocations}, {"executable-stack", check_executable_stack},
-      {"coverage", check_coverage},         {"twins", check_twins},
+      {"symbols", check_symbols},
+      {"soname", check_soname},
+      {"needed", check_needed},
+      {"exports", check_exports},
+      {"imports", check_imports},
+      {"writable", check_writable},
+      {"constructors", check_constructors},
+      {"thread-storage", check_thread_storage},
+      {"text-relocations", check_text_relocations},
+      {"executable-stack", check_executable_stack},
+      {"coverage", check_coverage},
+      {"twins", check_twins},
       {"folding", check_folding},
   };
 }

@@ -9,90 +9,7 @@ namespace {
 
 constexpr int kRax = 0, kRcx = 1, kRdx = 2, kRsp = 4, kRbp = 5, kRsi = 6, kRdi = 7;
 constexpr int kBufferAlignment = 16;  // what the caller and the allocator promise
-constexpr int kLargestGrain = 4096;  // loaders place an image on page boundaries
 constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
-
-int grain_of(std::int64_t offset) {
-  if (offset == 0) return kLargestGrain;
-  const auto lowest = std::uint64_t{1} << std::countr_zero(static_cast<std::uint64_t>(offset));
-  return static_cast<int>(std::min<std::uint64_t>(lowest, kLargestGrain));
-}
-
-int grain_of(const Value& value) { return value.exact ? grain_of(value.offset) : value.grain; }
-
-bool is_address(const Value& value) { return value.kind == Value::Kind::Address; }
-bool is_number(const Value& value) { return value.kind == Value::Kind::Constant; }
-
-Value inexact(Value value, int grain) {
-  value.exact = false;
-  value.offset = 0;
-  value.grain = std::min(grain, kLargestGrain);
-  return value;
-}
-
-Value shifted(Value value, std::int64_t by) {
-  if (!is_number(value) && !is_address(value)) return by == 0 ? value : Value{};
-  if (!value.exact) return inexact(value, std::min(value.grain, grain_of(by)));
-  value.offset += by;
-  return value;
-}
-
-// a + b * scale.
-Value sum(const Value& a, const Value& b, int scale = 1) {
-  if (is_number(b) && b.exact) return shifted(a, b.offset * scale);
-  if (is_number(a) && a.exact && scale == 1) return shifted(b, a.offset);
-  const int grain_b = is_number(b) ? b.grain * scale : is_address(b) ? grain_of(b) : scale;
-  if (is_address(a) && !is_address(b)) return inexact(a, std::min(grain_of(a), grain_b));
-  if (is_address(b) && !is_address(a) && scale == 1) return inexact(b, is_number(a) ? std::min(a.grain, grain_b) : 1);
-  if (is_number(a) && is_number(b)) return inexact(a, std::min(grain_of(a), grain_b));
-  return {};
-}
-
-bool is_own_or_null(const Value& value) {
-  const bool is_null = is_number(value) && value.exact && value.offset == 0;
-  return is_null || (value.region == Region::OwnBuffer && value.exact && value.offset == 0);
-}
-
-Value joined(const Value& a, const Value& b) {
-  if (a == b) return a;
-  if (is_own_or_null(a) && is_own_or_null(b)) {
-    auto own = Value::address(Region::OwnBuffer, 0);
-    own.or_null = true;
-    return own;
-  }
-  if (is_address(a) && is_address(b) && is_buffer(a.region) && is_buffer(b.region) && a.region != b.region) {
-    auto either_a = a, either_b = b;
-    either_a.region = either_b.region = Region::WorkBuffer;
-    either_a.or_null = either_b.or_null = false;
-    return joined(either_a, either_b);
-  }
-  const bool alike = a.kind == b.kind && a.region == b.region && (is_address(a) || is_number(a));
-  return alike ? inexact(a, std::min(grain_of(a), grain_of(b))) : Value{};
-}
-
-// Src and dst pointers are compared with alignments up to 32 only, so larger offsets keep their low bits.
-Value low_bits(const Value& value) {
-  if (value.kind == Value::Kind::LowBits) return value;
-  if (!is_address(value) || !value.exact || value.offset % 32 != 0) return {};
-  if (value.region != Region::Src && value.region != Region::Dst) return {};
-  return {.kind = Value::Kind::LowBits, .low_of_src = value.region == Region::Src,
-          .low_of_dst = value.region == Region::Dst};
-}
-
-Value union_of_low_bits(const Value& a, const Value& b) {
-  const auto low_a = low_bits(a), low_b = low_bits(b);
-  if (low_a.kind != Value::Kind::LowBits || low_b.kind != Value::Kind::LowBits) return {};
-  return {.kind = Value::Kind::LowBits, .low_of_src = low_a.low_of_src || low_b.low_of_src,
-          .low_of_dst = low_a.low_of_dst || low_b.low_of_dst};
-}
-
-Value truncated_to_32(const Value& value) {
-  switch (value.kind) {
-    case Value::Kind::Constant: return value.exact ? Value::constant(static_cast<std::uint32_t>(value.offset)) : value;
-    case Value::Kind::Flag: return value;
-    default: return low_bits(value);
-  }
-}
 
 State join(const State& a, const State& b) {
   State out;
@@ -147,10 +64,12 @@ class Machine {
     const auto fresh = accesses.begin() + static_cast<std::ptrdiff_t>(from);
     const auto repeated = [&](const Access& access) {
       return std::any_of(accesses.begin(), fresh, [&](const Access& known) {
-        return known.instruction == access.instruction && known.region == access.region && known.offset == access.offset;
+        return known.instruction == access.instruction && known.region == access.region &&
+               known.offset == access.offset;
       });
     };
-    if (entry_.contains({block, false})) accesses.erase(std::remove_if(fresh, accesses.end(), repeated), accesses.end());
+    if (entry_.contains({block, false}))
+      accesses.erase(std::remove_if(fresh, accesses.end(), repeated), accesses.end());
   }
 
   static State at_entry() {
@@ -200,8 +119,8 @@ class Machine {
     const auto& tail = code_[flow_.blocks[from].last - 1];
     if (tail.transfer != Transfer::Branch || !state.test.valid || !tail.target) return state;
     const bool taken = code_[flow_.blocks[to].first].address == *tail.target;
-    const bool zero = (tail.mnemonic() == ZYDIS_MNEMONIC_JZ && taken) ||
-                      (tail.mnemonic() == ZYDIS_MNEMONIC_JNZ && !taken);
+    const bool zero =
+        (tail.mnemonic() == ZYDIS_MNEMONIC_JZ && taken) || (tail.mnemonic() == ZYDIS_MNEMONIC_JNZ && !taken);
     if (!zero) return state;
     State out = state;
     const int alignment = 1 << std::min(5, std::countr_one(state.test.mask));
@@ -244,7 +163,8 @@ class Machine {
 
   // Lowest and highest offset from the entry stack pointer that an address may have.
   [[nodiscard]] std::pair<std::int64_t, std::int64_t> entry_offsets(Region region, std::int64_t offset) const {
-    if (region == Region::AlignedStack) return {aligned_from_ - (stack_alignment_ - 1) + offset, aligned_from_ + offset};
+    if (region == Region::AlignedStack)
+      return {aligned_from_ - (stack_alignment_ - 1) + offset, aligned_from_ + offset};
     return {offset, offset};
   }
 
@@ -265,7 +185,8 @@ class Machine {
     const auto [low, high] = entry_offsets(address.region, address.offset);
     std::erase_if(state.slots, [&](const auto& entry) {
       const auto& slot = entry.first;
-      if (slot.region == address.region) return slot.offset < address.offset + bytes && address.offset < slot.offset + 8;
+      if (slot.region == address.region)
+        return slot.offset < address.offset + bytes && address.offset < slot.offset + 8;
       const auto [slot_low, slot_high] = entry_offsets(slot.region, slot.offset);
       return slot_low < high + bytes && low < slot_high + 8;
     });
@@ -334,11 +255,6 @@ class Machine {
         return operand.size == 64 ? slot(state, address_of(state, operand, instruction)) : Value{};
       default: return {};
     }
-  }
-
-  static Value shifted_left(const Value& value, const Value& by) {
-    if (!is_number(value) || !is_number(by) || !by.exact || by.offset < 0 || by.offset > 12) return {};
-    return inexact(value, grain_of(value) << by.offset);
   }
 
   static bool is_register(const ZydisDecodedOperand& operand) { return operand.type == ZYDIS_OPERAND_TYPE_REGISTER; }
@@ -417,7 +333,8 @@ class Machine {
         return;
       case ZYDIS_MNEMONIC_INC:
       case ZYDIS_MNEMONIC_DEC:
-        if (is_register(first)) set_register(state, first, shifted(left(), instruction.mnemonic() == ZYDIS_MNEMONIC_INC ? 1 : -1));
+        if (is_register(first))
+          set_register(state, first, shifted(left(), instruction.mnemonic() == ZYDIS_MNEMONIC_INC ? 1 : -1));
         return;
       case ZYDIS_MNEMONIC_SHL:
         if (is_register(first)) set_register(state, first, shifted_left(left(), right()));
@@ -425,8 +342,9 @@ class Machine {
       case ZYDIS_MNEMONIC_MOVSXD:
       case ZYDIS_MNEMONIC_CDQE: {
         const auto value = instruction.mnemonic() == ZYDIS_MNEMONIC_CDQE ? state.registers[kRax] : right();
-        auto& target = instruction.mnemonic() == ZYDIS_MNEMONIC_CDQE ? state.registers[kRax]
-                                                                     : state.registers[*general_register(first.reg.value)];
+        auto& target = instruction.mnemonic() == ZYDIS_MNEMONIC_CDQE
+                           ? state.registers[kRax]
+                           : state.registers[*general_register(first.reg.value)];
         target = is_number(value) ? inexact(value, grain_of(value)) : Value{};
         return;
       }
@@ -437,7 +355,8 @@ class Machine {
         if (is_register(first)) set_register(state, first, union_of_low_bits(left(), right()));
         return;
       case ZYDIS_MNEMONIC_AND:
-        if (is_register(first) && general_register(first.reg.value) == kRsp && second.type == ZYDIS_OPERAND_TYPE_IMMEDIATE)
+        if (is_register(first) && general_register(first.reg.value) == kRsp &&
+            second.type == ZYDIS_OPERAND_TYPE_IMMEDIATE)
           align_stack(state, second.imm.value.s);
         else if (is_register(first)) set_register(state, first, {});
         return;

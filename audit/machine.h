@@ -3,51 +3,13 @@
 // never guesses.
 #pragma once
 
-#include "flow.h"
-
 #include <array>
 #include <map>
 
+#include "flow.h"
+#include "value.h"
+
 namespace xfm::audit {
-
-enum class Region {
-  None,
-  Src,
-  Dst,
-  Stack,         // offsets from the stack pointer at entry
-  AlignedStack,  // offsets from the stack pointer after it was aligned downwards
-  Image,         // an address of the shared object itself
-  CallersBuffer, // the work buffer that came as an argument
-  OwnBuffer,     // the one that was allocated
-  WorkBuffer,    // either, depending on the path
-};
-
-[[nodiscard]] inline bool is_buffer(Region region) {
-  return region == Region::CallersBuffer || region == Region::OwnBuffer || region == Region::WorkBuffer;
-}
-
-struct Value {
-  enum class Kind { Unknown, Constant, Address, LowBits, Flag };
-  Kind kind = Kind::Unknown;
-  Region region = Region::None;
-  bool exact = false;        // Address, Constant: the offset or value is known
-  std::int64_t offset = 0;   // Address: offset into the region; Constant: its value
-  int grain = 1;             // inexact: a power of two that divides every offset or value it may have
-  bool or_null = false;      // OwnBuffer: null on some paths to here, where nothing was allocated
-  bool low_of_src = false;   // LowBits: the low bits are those of src, of dst, or of src | dst
-  bool low_of_dst = false;
-
-  static Value constant(std::int64_t value) { return {.kind = Kind::Constant, .exact = true, .offset = value}; }
-  static Value address(Region region, std::int64_t offset) {
-    return {.kind = Kind::Address, .region = region, .exact = true, .offset = offset};
-  }
-  static Value somewhere_in(Region region, int grain) {
-    return {.kind = Kind::Address, .region = region, .grain = grain};
-  }
-  static Value multiple_of(int grain) { return {.kind = Kind::Constant, .grain = grain}; }
-  static Value flag() { return {.kind = Kind::Flag}; }
-  bool operator==(const Value&) const = default;
-};
 
 struct StackSlot {
   Region region;
@@ -68,10 +30,10 @@ struct State {
   std::array<Value, 16> registers{};
   std::map<StackSlot, Value> slots;  // only slots that hold something worth knowing
   AlignmentTest test;
-  int src_alignment = 1;   // proven by the gate
+  int src_alignment = 1;  // proven by the gate
   int dst_alignment = 1;
-  bool touched = false;    // src or dst was accessed; states before and after that are never joined
-  bool stored = false;     // dst was stored to on some path to here
+  bool touched = false;  // src or dst was accessed; states before and after that are never joined
+  bool stored = false;   // dst was stored to on some path to here
   bool upper_dirty = false;
   bool operator==(const State&) const = default;
 };
@@ -84,8 +46,8 @@ struct Access {
   int bytes = 0;
   bool reads = false;
   bool writes = false;
-  bool after_store = false;     // a store to dst may have come before
-  int proven_alignment = 1;     // of the address, as far as the machine knows
+  bool after_store = false;  // a store to dst may have come before
+  int proven_alignment = 1;  // of the address, as far as the machine knows
 };
 
 // What the machine saw while running the whole function.
@@ -94,10 +56,10 @@ struct Trace {
   std::map<std::pair<std::size_t, bool>, State> at_block;
   // Before each jump, call and return that is reached, by instruction index; twice where both kinds of paths meet.
   std::vector<std::pair<std::size_t, State>> before_transfer;
-  std::vector<bool> reached;                     // per instruction
-  std::vector<Access> accesses;                  // in the order of execution
-  std::int64_t deepest = 0;                      // lowest stack offset from entry that is allocated or touched, worst case
-  bool stack_lost = false;                       // the stack pointer became unknown somewhere
+  std::vector<bool> reached;     // per instruction
+  std::vector<Access> accesses;  // in the order of execution
+  std::int64_t deepest = 0;      // lowest stack offset from entry that is allocated or touched, worst case
+  bool stack_lost = false;       // the stack pointer became unknown somewhere
 };
 
 // `allocations` are the call instructions whose result is a work buffer.

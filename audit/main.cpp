@@ -32,8 +32,14 @@ struct Options {
 
 std::optional<Options> parse(int argc, char** argv) {
   if (argc < 3) return std::nullopt;
-  Options options{.command = argv[1], .library = argv[2], .exports = {}, .report = {}, .joined = {},
-                  .counts = {}, .to_join = {}, .expected = {}};
+  Options options{.command = argv[1],
+                  .library = argv[2],
+                  .exports = {},
+                  .report = {},
+                  .joined = {},
+                  .counts = {},
+                  .to_join = {},
+                  .expected = {}};
   for (int i = 3; i + 1 < argc; i += 2) {
     const std::string name = argv[i], value = argv[i + 1];
     if (name == "--soname") options.expected.soname = value;

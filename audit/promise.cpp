@@ -12,11 +12,16 @@ struct FamilyRow {
 };
 
 constexpr FamilyRow kFamilies[] = {
-    {"DFTFwd_CToC_", Family::Complex, Layout::None},      {"DFTInv_CToC_", Family::Complex, Layout::None},
-    {"DFTFwd_RToCCS_", Family::RealForward, Layout::Ccs}, {"DFTFwd_RToPack_", Family::RealForward, Layout::Pack},
-    {"DFTFwd_RToPerm_", Family::RealForward, Layout::Perm}, {"DFTInv_CCSToR_", Family::RealInverse, Layout::Ccs},
-    {"DFTInv_PackToR_", Family::RealInverse, Layout::Pack}, {"DFTInv_PermToR_", Family::RealInverse, Layout::Perm},
-    {"Hartley_", Family::Hartley, Layout::None},          {"WHT_", Family::WalshHadamard, Layout::None},
+    {"DFTFwd_CToC_", Family::Complex, Layout::None},
+    {"DFTInv_CToC_", Family::Complex, Layout::None},
+    {"DFTFwd_RToCCS_", Family::RealForward, Layout::Ccs},
+    {"DFTFwd_RToPack_", Family::RealForward, Layout::Pack},
+    {"DFTFwd_RToPerm_", Family::RealForward, Layout::Perm},
+    {"DFTInv_CCSToR_", Family::RealInverse, Layout::Ccs},
+    {"DFTInv_PackToR_", Family::RealInverse, Layout::Pack},
+    {"DFTInv_PermToR_", Family::RealInverse, Layout::Perm},
+    {"Hartley_", Family::Hartley, Layout::None},
+    {"WHT_", Family::WalshHadamard, Layout::None},
 };
 
 // First row that names the size wins. `step` picks every step-th size from `from` on.
@@ -73,8 +78,13 @@ std::optional<Promise> parse_stem(std::string_view stem) {
     const auto* row = row_of(family.family, type, size);
     if (row == nullptr) return std::nullopt;
     const bool passes = family.family == Family::WalshHadamard && size > kLargestInRegisterOrder;
-    return Promise{.family = family.family, .layout = family.layout, .type = std::string(type), .size = size,
-                   .form = row->form, .gate = row->gate, .shape = passes ? Shape::Passes : Shape::StraightLine};
+    return Promise{.family = family.family,
+                   .layout = family.layout,
+                   .type = std::string(type),
+                   .size = size,
+                   .form = row->form,
+                   .gate = row->gate,
+                   .shape = passes ? Shape::Passes : Shape::StraightLine};
   }
   return std::nullopt;
 }
@@ -97,8 +107,9 @@ int Promise::src_components() const {
 }
 
 int Promise::dst_components() const {
-  return family == Family::RealForward ? half_spectrum_components(*this) : family == Family::RealInverse ? size
-                                                                                                         : src_components();
+  return family == Family::RealForward   ? half_spectrum_components(*this)
+         : family == Family::RealInverse ? size
+                                         : src_components();
 }
 
 // The whole data set between passes and, from the orders of three passes on, one chunk besides.

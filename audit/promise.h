@@ -18,8 +18,8 @@ enum class Shape { StraightLine, Passes };  // passes: loops over a work buffer
 struct Promise {
   Family family{};
   Layout layout = Layout::None;
-  std::string type;   // 32fc, 64fc, 32f, 64f
-  int size = 0;       // length, or order for Walsh-Hadamard
+  std::string type;  // 32fc, 64fc, 32f, 64f
+  int size = 0;      // length, or order for Walsh-Hadamard
   Form form{};
   Gate gate{};
   Shape shape = Shape::StraightLine;
@@ -27,10 +27,10 @@ struct Promise {
 
   [[nodiscard]] bool is_double() const { return type.starts_with("64"); }
   [[nodiscard]] int component_bytes() const { return is_double() ? 8 : 4; }
-  [[nodiscard]] int lines() const;                  // straight lines the function must hold
-  [[nodiscard]] int src_components() const;         // array lengths in components
+  [[nodiscard]] int lines() const;           // straight lines the function must hold
+  [[nodiscard]] int src_components() const;  // array lengths in components
   [[nodiscard]] int dst_components() const;
-  [[nodiscard]] int buffer_bytes() const;           // of the work buffer, 0 without one
+  [[nodiscard]] int buffer_bytes() const;               // of the work buffer, 0 without one
   [[nodiscard]] bool reads_component(int index) const;  // some half-spectrum cells are never looked at
 };
 

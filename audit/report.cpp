@@ -25,8 +25,9 @@ void write_bodies(std::ostream& out, const std::vector<BodySummary>& bodies) {
 }
 
 void write_joined(std::ostream& out, const std::vector<std::string>& reports, const std::vector<BodySummary>& bodies) {
-  constexpr const char* kJoined[] = {"adds", "muls", "packed_add", "packed_sub", "packed_addsub", "packed_mul", "shuffles", "inserts",
-                                     "broadcasts", "blends", "logic", "copies", "reloads", "spills", "instructions"};
+  constexpr const char* kJoined[] = {"adds",       "muls",     "packed_add", "packed_sub", "packed_addsub",
+                                     "packed_mul", "shuffles", "inserts",    "broadcasts", "blends",
+                                     "logic",      "copies",   "reloads",    "spills",     "instructions"};
   std::map<std::string, const BodySummary*> by_name;
   for (const auto& body : bodies) by_name[body.function] = &body;
   std::string common_header;
@@ -34,7 +35,8 @@ void write_joined(std::ostream& out, const std::vector<std::string>& reports, co
     std::ifstream in(path);
     std::string header, row;
     if (!std::getline(in, header)) throw BadTable(path + ": cannot be read");
-    if (!common_header.empty() && header != common_header) throw BadTable(path + ": another header than " + reports.front());
+    if (!common_header.empty() && header != common_header)
+      throw BadTable(path + ": another header than " + reports.front());
     if (common_header.empty()) {
       out << header;
       for (const auto* column : kJoined) out << "\tcode " << column;

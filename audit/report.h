@@ -1,8 +1,8 @@
 #pragma once
 
-#include "audit.h"
-
 #include <ostream>
+
+#include "audit.h"
 
 namespace xfm::audit {
 

@@ -1,15 +1,15 @@
 // The promises, one function each, in two tables: what every function's code keeps and what the shared object keeps.
 #pragma once
 
-#include "body.h"
-
 #include <set>
+
+#include "body.h"
 
 namespace xfm::audit {
 
 struct Finding {
   std::string rule;
-  std::string where;   // function, symbol, section or library
+  std::string where;  // function, symbol, section or library
   std::string detail;
   auto operator<=>(const Finding&) const = default;
 };
@@ -33,8 +33,8 @@ struct LibraryRule {
   void (*check)(const ElfImage&, const Surroundings&, const Expected&, Findings&);
 };
 
-[[nodiscard]] std::vector<BodyRule> code_rules();      // instructions: encoding, width, precision, ...
-[[nodiscard]] std::vector<BodyRule> flow_rules();      // shape: straight line, calls, memory, frame, ...
+[[nodiscard]] std::vector<BodyRule> code_rules();  // instructions: encoding, width, precision, ...
+[[nodiscard]] std::vector<BodyRule> flow_rules();  // shape: straight line, calls, memory, frame, ...
 [[nodiscard]] std::vector<LibraryRule> library_rules();
 
 }  // namespace xfm::audit

@@ -1,11 +1,11 @@
 // The functions of the library by address, and the names behind calls, stubs and slots.
 #pragma once
 
-#include "elf_image.h"
-#include "instruction.h"
-
 #include <map>
 #include <set>
+
+#include "elf_image.h"
+#include "instruction.h"
 
 namespace xfm::audit {
 

@@ -85,9 +85,11 @@ TEST_P(AuditSample, GivesExactlyItsFindings) {
     text += finding.rule + "  " + finding.where + "  " + finding.detail + "\n";
   }
   for (const auto& spoken : sample.findings)
-    EXPECT_GE(found.count(spoken), sample.findings.count(spoken)) << spoken.first << " is silent about " << spoken.second;
+    EXPECT_GE(found.count(spoken), sample.findings.count(spoken))
+        << spoken.first << " is silent about " << spoken.second;
   for (const auto& spoken : found)
-    EXPECT_TRUE(sample.findings.contains(spoken)) << "unexpected: " << spoken.first << " " << spoken.second << "\n" << text;
+    EXPECT_TRUE(sample.findings.contains(spoken)) << "unexpected: " << spoken.first << " " << spoken.second << "\n"
+                                                  << text;
   if (sample.name == "good") {
     EXPECT_GE(result.bodies.size(), 10U);
   } else {
@@ -137,7 +139,8 @@ TEST(AuditImage, RefusesWhatIsNoSharedObject) {
   EXPECT_THROW(ElfImage("/nonexistent"), BadImage);
   EXPECT_THROW(ElfImage(std::string(XFM_AUDIT_SAMPLE_SOURCES) + "/good.S"), BadImage);
   const auto cut = testing::TempDir() + "/audit_cut.so";
-  fs::copy_file(std::string(XFM_AUDIT_SAMPLE_OBJECTS) + "/libsample_good.so", cut, fs::copy_options::overwrite_existing);
+  fs::copy_file(std::string(XFM_AUDIT_SAMPLE_OBJECTS) + "/libsample_good.so", cut,
+                fs::copy_options::overwrite_existing);
   fs::resize_file(cut, fs::file_size(cut) / 2);
   EXPECT_THROW(ElfImage{cut}, BadImage);
 }
