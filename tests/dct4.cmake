@@ -14,6 +14,9 @@ xfm_add_test(dct4_transform_test LABEL dct4 SOURCES dct4_transform_test.cpp $<TA
   LIBRARIES xfm_headers xfmcorex64 quadmath)
 target_compile_options(dct4_transform_test PRIVATE -O2)
 
+xfm_add_test(dct4_lapped_test LABEL dct4
+  SOURCES dct4_lapped_test.cpp ${CMAKE_SOURCE_DIR}/examples/lapped_transform.cpp LIBRARIES xfmgene9 xfmcorex64)
+
 # The units once more, with the compiler's checks of undefined behaviour and of data races.
 function(dct4_sanitized name sanitizer)
   xfm_add_test(${name} LABEL dct4 SOURCES ${ARGN} ${DCT4_UNITS} ${CMAKE_SOURCE_DIR}/src/owngenautolib.cpp
