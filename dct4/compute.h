@@ -40,8 +40,8 @@ constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
 constexpr ptrdiff_t V = Precision::kLanes;
 constexpr ptrdiff_t kWidest = 32;  // columns of a split
 
-// From this distance of rows on, in bytes, they go through a buffer.
-constexpr ptrdiff_t kFarApart = 4096;
+// From this distance of rows on, in bytes, they go through a buffer; nearer ones gain nothing by it.
+constexpr ptrdiff_t kFarApart = 16384;
 inline bool far_apart(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)) >= kFarApart; }
 
 using ForwardKernel = void(const Columns&, ptrdiff_t, Real*, ptrdiff_t);
@@ -75,11 +75,13 @@ template <int length, ForwardKernel kernel>
                                                             ptrdiff_t mirror, ptrdiff_t columns) {
   const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * columns;
   alignas(32) Real rows[length * kWidest];
+  const bool buffered = far_apart(step);
   for (ptrdiff_t r = 0; r < self->radix; ++r, w += columns, start += shift, mirror -= 2 * shift) {
-    copy_samples<length>(rows, source_columns(src, start, mirror), step, columns);
+    if (buffered) copy_samples<length>(rows, source_columns(src, start, mirror), step, columns);
     for (ptrdiff_t b = 0; b < columns; b += V) {
       const ptrdiff_t reflected = columns - V - b;
-      kernel({rows, b, (length / 2 - 1) * columns + reflected, (length - 1) * columns + reflected}, columns, w + b, stride);
+      const Columns copied = {rows, b, (length / 2 - 1) * columns + reflected, (length - 1) * columns + reflected};
+      kernel(buffered ? copied : source_columns(src, start + b, mirror - 2 * b), buffered ? columns : step, w + b, stride);
     }
   }
   return xfmStatusOk;
