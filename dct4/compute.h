@@ -40,9 +40,11 @@ constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
 constexpr ptrdiff_t V = Precision::kLanes;
 constexpr ptrdiff_t kWidest = 32;  // columns of a split
 
-// From this distance of rows on, in bytes, they go through a buffer; nearer ones gain nothing by it.
-constexpr ptrdiff_t kFarApart = 16384;
-inline bool far_apart(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)) >= kFarApart; }
+// From these distances of rows on, in bytes, they go through a buffer; by measurement. Rows a multiple of 4096 bytes apart
+// share the sets of the first cache, which hurts most where every row of a scratch is written by halves.
+constexpr ptrdiff_t kFarApart = 16384, kFarApartBins = 4096;
+inline ptrdiff_t bytes_of(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)); }
+inline bool far_apart(ptrdiff_t elements) { return bytes_of(elements) >= kFarApart; }
 
 using ForwardKernel = void(const Columns&, ptrdiff_t, Real*, ptrdiff_t);
 using CombineKernel = void(const Real*, ptrdiff_t, const Real*, const Real*, Real*, Real*, ptrdiff_t, ptrdiff_t);
@@ -74,15 +76,18 @@ template <int length, ForwardKernel kernel>
 [[gnu::always_inline]] inline XfmStatus transform_decimated(const Env9* self, Real* w, const Real* src, ptrdiff_t start,
                                                             ptrdiff_t mirror, ptrdiff_t columns) {
   const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * columns;
-  alignas(32) Real rows[length * kWidest];
-  const bool buffered = far_apart(step);
+  alignas(32) Real rows[length * kWidest], bins[length * kWidest];
+  const bool buffered = far_apart(step), bins_buffered = bytes_of(stride) >= kFarApartBins;
   for (ptrdiff_t r = 0; r < self->radix; ++r, w += columns, start += shift, mirror -= 2 * shift) {
     if (buffered) copy_samples<length>(rows, source_columns(src, start, mirror), step, columns);
+    Real* const y = bins_buffered ? bins : w;
     for (ptrdiff_t b = 0; b < columns; b += V) {
       const ptrdiff_t reflected = columns - V - b;
       const Columns copied = {rows, b, (length / 2 - 1) * columns + reflected, (length - 1) * columns + reflected};
-      kernel(buffered ? copied : source_columns(src, start + b, mirror - 2 * b), buffered ? columns : step, w + b, stride);
+      kernel(buffered ? copied : source_columns(src, start + b, mirror - 2 * b), buffered ? columns : step, y + b,
+             bins_buffered ? columns : stride);
     }
+    for (ptrdiff_t k = 0; bins_buffered && k < length; ++k) copy_out(w + k * stride, bins + k * columns, columns);
   }
   return xfmStatusOk;
 }
