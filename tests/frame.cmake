@@ -31,3 +31,5 @@ xfm_add_script_test(installed_tree frame ${CMAKE_CURRENT_SOURCE_DIR}/install_tes
   ${CMAKE_SOURCE_DIR}/examples/ten_lines.c ${CMAKE_CURRENT_SOURCE_DIR}/consumer)
 xfm_add_script_test(ten_lines frame xfm_ten_lines)
 set_tests_properties(ten_lines PROPERTIES PASS_REGULAR_EXPRESSION "bin 2: 0 -4i\nbin 3: 0 \\+0i")
+xfm_add_script_test(readme_example frame ${CMAKE_CURRENT_SOURCE_DIR}/readme_test.sh
+  ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/examples/ten_lines.c)
