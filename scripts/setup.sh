@@ -17,10 +17,11 @@ need_packages() {
     echo "Install them (apt-get install ${missing[*]}) and try again." >&2
     exit 1
   fi
-  echo "Installing ${missing[*]}" >&2
+  echo "Installing ${missing[*]} ..."
   export DEBIAN_FRONTEND=noninteractive
-  if ! { apt-get update -qq && apt-get install -y -qq --no-install-recommends "${missing[@]}"; } </dev/null >&2; then
-    echo "The packages could not be installed." >&2
+  local said
+  if ! said=$({ apt-get update && apt-get install -y --no-install-recommends "${missing[@]}"; } </dev/null 2>&1); then
+    printf '%s\nThe packages could not be installed.\n' "$said" >&2
     exit 1
   fi
 }
