@@ -9,6 +9,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "lapped_transform.h"
 #include "spectrogram.h"
 #include "spectrum.h"
 
@@ -74,6 +75,20 @@ void print_times(const Recording& recording) {
   }
 }
 
+// What an audio codec does with the DCT-IV; every sample comes back when nothing is thrown away.
+void print_lapped(const Recording& recording) {
+  std::printf("Lapped transform, frames of %d coefficients (xfmgDCT4_32f)\n", LappedTransform::kFrame);
+  constexpr double kRoundingOnly = 110;  // dB; single precision leaves about 135
+  for (const double share : {0.25, 0.1, 0.05}) {
+    const LappedReport report = lapped_report(recording.samples, share);
+    if (share == 0.25) {
+      std::printf("  all %zu coefficients kept: signal-to-noise ratio %.1f dB\n", report.coefficients, report.all);
+      if (report.all < kRoundingOnly) throw std::runtime_error("the lapped transform does not give the recording back");
+    }
+    std::printf("  strongest %2.0f %% kept (%zu): %.1f dB\n", 100 * share, report.left, report.kept);
+  }
+}
+
 void write_picture(const std::string& path, const Recording& recording, const std::string& name) {
   char title[200];
   std::snprintf(title, sizeof title, "%.60s  -  %.2f s, %d Hz, frames of %d samples", name.c_str(),
@@ -95,6 +110,7 @@ int main(int argc, char** argv) {
     print_recording(argv[1], recording);
     print_tones(recording);
     print_times(recording);
+    print_lapped(recording);
     write_picture(argv[2], recording, std::filesystem::path(argv[1]).filename());
     return 0;
   } catch (const std::exception& error) {

@@ -73,6 +73,7 @@ double signal_to_noise(std::span<const float> signal, std::span<const float> cop
     power += static_cast<double>(signal[i]) * signal[i];
     noise += difference * difference;
   }
+  if (power == 0 && noise > 0) return -std::numeric_limits<double>::infinity();
   return noise == 0 ? std::numeric_limits<double>::infinity() : 10 * std::log10(power / noise);
 }
 
