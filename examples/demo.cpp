@@ -1,6 +1,6 @@
 // Runs a recording through the library: prints how long it is, its strongest tones and what the transforms cost, and
-// writes its spectrogram.
-//   xfm_demo RECORDING.wav PICTURE.png
+// writes OUTPUT.png, its spectrogram, and OUTPUT-compressed.wav, what a twentieth of its lapped transform sounds like.
+//   xfm_demo RECORDING.wav OUTPUT
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -73,15 +73,23 @@ void print_times(const Recording& recording) {
     line(std::to_string(points) + " points real, in " + std::to_string(transform.calls()) + " calls of the library",
          nanoseconds([&] { transform.run(samples.data(), spectrum.data()); }));
   }
+  XfmDCT4State_32f* state = nullptr;
+  if (xfmgDCT4InitAlloc_32f(&state, 1024) != xfmStatusOk) throw std::runtime_error("no memory for the DCT-IV");
+  std::vector<float> cosines(1024);
+  line("1024 points DCT-IV (xfmgDCT4_32f)",
+       nanoseconds([&] { xfmgDCT4_32f(samples.data(), cosines.data(), state); }));
+  xfmgDCT4Free_32f(state);
 }
+
+constexpr double kLargestShare = 0.25, kSmallestShare = 0.05;  // of the coefficients
 
 // What an audio codec does with the DCT-IV; every sample comes back when nothing is thrown away.
 void print_lapped(const Recording& recording) {
   std::printf("Lapped transform, frames of %d coefficients (xfmgDCT4_32f)\n", LappedTransform::kFrame);
   constexpr double kRoundingOnly = 110;  // dB; single precision leaves about 135
-  for (const double share : {0.25, 0.1, 0.05}) {
+  for (const double share : {kLargestShare, 0.1, kSmallestShare}) {
     const LappedReport report = lapped_report(recording.samples, share);
-    if (share == 0.25) {
+    if (share == kLargestShare) {
       std::printf("  all %zu coefficients kept: signal-to-noise ratio %.1f dB\n", report.coefficients, report.all);
       if (report.all < kRoundingOnly) throw std::runtime_error("the lapped transform does not give the recording back");
     }
@@ -101,17 +109,27 @@ void write_picture(const std::string& path, const Recording& recording, const st
   std::printf("Spectrogram: %s\n", path.c_str());
 }
 
+void write_compressed(const std::string& path, const Recording& recording) {
+  LappedTransform lapped;
+  std::vector<float> coefficients = lapped.analyse(recording.samples);
+  keep_strongest(coefficients, kSmallestShare);
+  write_wav(path, lapped.synthesise(coefficients, recording.samples.size()), recording.rate);
+  std::printf("Sound of the strongest %.0f %%: %s\n", 100 * kSmallestShare, path.c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    if (argc != 3) throw std::runtime_error("usage: xfm_demo RECORDING.wav PICTURE.png");
+    if (argc != 3) throw std::runtime_error("usage: xfm_demo RECORDING.wav OUTPUT");
+    const std::string output = argv[2];
     const Recording recording = read_wav(argv[1]);
     print_recording(argv[1], recording);
     print_tones(recording);
     print_times(recording);
     print_lapped(recording);
-    write_picture(argv[2], recording, std::filesystem::path(argv[1]).filename());
+    write_compressed(output + "-compressed.wav", recording);
+    write_picture(output + ".png", recording, std::filesystem::path(argv[1]).filename());
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

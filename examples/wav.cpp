@@ -1,11 +1,13 @@
 #include "wav.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -125,4 +127,32 @@ Recording read_wav(const std::string& path) {
     at += 8 + size + size % 2;
   }
   refuse(path, "is a WAV file without sound data");
+}
+
+void write_wav(const std::string& path, const std::vector<float>& samples, int rate) {
+  std::string file;
+  const auto append = [&](uint32_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) file += static_cast<char>(value >> 8 * i & 0xff);
+  };
+  const auto bytes = static_cast<uint32_t>(2 * samples.size());
+  file += "RIFF";
+  append(36 + bytes, 4);
+  file += "WAVEfmt ";
+  append(16, 4);
+  append(kPcm, 2);
+  append(1, 2);
+  append(static_cast<uint32_t>(rate), 4);
+  append(static_cast<uint32_t>(2 * rate), 4);
+  append(2, 2);
+  append(16, 2);
+  file += "data";
+  append(bytes, 4);
+  for (const float sample : samples) {
+    const float scaled = std::clamp(sample * 32768.0f, -32768.0f, 32767.0f);
+    append(static_cast<uint32_t>(static_cast<int32_t>(std::lrint(scaled))), 2);
+  }
+  std::ofstream out(path, std::ios::binary);
+  out.write(file.data(), static_cast<std::streamsize>(file.size()));
+  out.close();
+  if (!out) refuse(path, "cannot be written");
 }

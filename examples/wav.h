@@ -14,3 +14,6 @@ struct Recording {
 
 // Throws std::runtime_error with one line that names the file and says what is wrong with it.
 Recording read_wav(const std::string& path);
+
+// Writes 16-bit sound of one channel; what exceeds full scale is clipped.
+void write_wav(const std::string& path, const std::vector<float>& samples, int rate);

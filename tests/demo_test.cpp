@@ -101,6 +101,15 @@ TEST_F(Demo, ReadsEveryEncoding) {
   }
 }
 
+TEST_F(Demo, WritesWhatItReads) {
+  const std::vector<float> samples = {0, 0.5f, -1, 0.25f, 3, -3};
+  write_wav(path("written.wav"), samples, 44100);
+  const Recording recording = read_wav(path("written.wav"));
+  EXPECT_EQ(recording.rate, 44100);
+  EXPECT_EQ(recording.samples, (std::vector<float>{0, 0.5f, -1, 0.25f, 32767 / 32768.0f, -1}));
+  EXPECT_THROW(write_wav(path("no/folder.wav"), samples, 44100), std::runtime_error);
+}
+
 TEST_F(Demo, RefusesWhatIsNoRecordingInOneLine) {
   const std::string good = wav({}, sines(8000, 0.1, {{440, 0.5}}));
   const std::pair<std::string, const char*> cases[] = {
@@ -119,7 +128,7 @@ TEST_F(Demo, RefusesWhatIsNoRecordingInOneLine) {
   };
   for (const auto& [file, message] : cases) {
     const std::string command =
-        std::string(XFM_DEMO) + " " + file + " " + path("out.png") + " >" + path("said") + " 2>" + path("errors");
+        std::string(XFM_DEMO) + " " + file + " " + path("out") + " >" + path("said") + " 2>" + path("errors");
     EXPECT_NE(std::system(command.c_str()), 0) << file;
     std::ostringstream errors;
     errors << std::ifstream(path("errors")).rdbuf();
@@ -127,7 +136,7 @@ TEST_F(Demo, RefusesWhatIsNoRecordingInOneLine) {
     EXPECT_NE(errors.str().find(message), std::string::npos) << errors.str();
     EXPECT_EQ(errors.str().find('\n'), errors.str().size() - 1) << errors.str();
     EXPECT_EQ(fs::file_size(path("said")), 0u) << file;
-    EXPECT_FALSE(fs::exists(path("out.png"))) << file;
+    EXPECT_FALSE(fs::exists(path("out.png")) || fs::exists(path("out-compressed.wav"))) << file;
   }
 }
 
@@ -238,11 +247,12 @@ TEST_F(Demo, OddRecordingsGiveAPictureToo) {
                                                      {sines(384000, 0.01, {{1000, 0.5}}), {1, 1, 384000, 16}}};
   for (const auto& [data, format] : cases) {
     const std::string command = std::string(XFM_DEMO) + " " + write("odd.wav", wav(format, data)) + " " +
-                                path("out.png") + " >" + path("said");
+                                path("out") + " >" + path("said");
     EXPECT_EQ(std::system(command.c_str()), 0) << format.rate;
     std::ostringstream png;
     png << std::ifstream(path("out.png"), std::ios::binary).rdbuf();
     EXPECT_EQ(decode(png.str()).width, 1200u) << format.rate;
+    EXPECT_EQ(read_wav(path("out-compressed.wav")).samples.size(), data.size() / 2) << format.rate;
   }
 }
 
