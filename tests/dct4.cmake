@@ -29,3 +29,11 @@ function(dct4_sanitized name sanitizer)
 endfunction()
 dct4_sanitized(dct4_undefined_test undefined dct4_planner_test.cpp dct4_transform_test.cpp)
 dct4_sanitized(dct4_race_test thread dct4_transform_test.cpp ${CMAKE_SOURCE_DIR}/core/xfmcore.c)
+
+# A kernel whose operations differ from the table stops the generator, which says so and leaves no unit behind.
+file(READ ${CMAKE_SOURCE_DIR}/plans/dct4_counts.tsv counts_text)
+string(REPLACE "224\t528" "224\t527" counts_text "${counts_text}")
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/dct4_wrong_counts.tsv "${counts_text}")
+add_test(NAME dct4_counts_gate COMMAND gen_dct4 64f dct4_wrong_counts.tsv dct4_no_unit.cpp)
+set_tests_properties(dct4_counts_gate PROPERTIES LABELS dct4 WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+  PASS_REGULAR_EXPRESSION "dct4_wrong_counts.tsv:[0-9]+: forward 64 has 224 multiplications and 528 additions")
