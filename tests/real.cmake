@@ -19,7 +19,7 @@ target_compile_options(real_faults PRIVATE -O1 -mavx -ffp-contract=off)
 function(real_fault fault program filter)
   xfm_add_script_test(real_fault_${fault} real
     ${CMAKE_COMMAND} -DFAULT=${fault} -DSTAND_IN=$<TARGET_FILE:real_faults> -DPROGRAM=$<TARGET_FILE:${program}>
-    -DFILTER=${filter} -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/real_fault_seen.cmake)
+    -DFILTER=${filter} -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/fault_seen.cmake)
 endfunction()
 real_fault(constant real_values_test All/RealValues.FollowTheDefinition/DFTFwd_RToPack)
 real_fault(cells-exchanged real_values_test RealLayouts.AgreeBitForBit)

@@ -1,25 +1,22 @@
-// What the tests of the real transforms share: the list of their kernels, the meaning of a cell by its definition, the
-// transforms by their formulas, and arrays between unreadable pages.
+// What the tests of the real transforms share: the list of their kernels, the meaning of a cell by its definition, and
+// the transforms by their formulas.
 #pragma once
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
-#include <bit>
-#include <cstdint>
-#include <cstring>
 #include <map>
 #include <ostream>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "generator/functions.h"
+#include "tests/arrays.h"
 #include "xfm.h"
 
 namespace real_test {
+
+using namespace test_arrays;  // NOLINT: the tests are one program each
 
 enum class Kind { Forward, Inverse, Hartley };
 enum class Format { Samples, Ccs, Pack, Perm };
@@ -141,69 +138,12 @@ std::vector<long double> expected(const Kernel<T>& k, const std::vector<T>& src,
   return out;
 }
 
-// Uniform in [-1, 1], the same for the same seed.
-template <class T>
-std::vector<T> random_values(int count, unsigned seed) {
-  std::mt19937 engine(seed);
-  std::vector<T> values(count);
-  for (T& v : values) v = static_cast<T>(static_cast<double>(engine()) / 2147483648.0 - 1.0);
-  return values;
-}
-
-template <class T>
-auto bits(T value) {
-  if constexpr (sizeof(T) == 4) return std::bit_cast<uint32_t>(value);
-  else return std::bit_cast<uint64_t>(value);
-}
-
-template <class T>
-bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
-}
-
 template <class T>
 std::vector<T> run(const Kernel<T>& k, const std::vector<T>& src, int flag) {
   std::vector<T> dst(k.target_length(), T(-7));
   EXPECT_EQ(k.run(src.data(), dst.data(), flag), xfmStatusOk) << k.name << " flag " << flag;
   return dst;
 }
-
-// An array that ends, or begins, at an unreadable page; the rest of its own page is filled and can be checked.
-template <class T>
-class Guarded {
- public:
-  enum class At { Begin, End };
-
-  Guarded(int count, At at, int shift = 0) : count_(count), page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
-    base_ = static_cast<unsigned char*>(mmap(nullptr, 3 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    if (base_ == MAP_FAILED) throw std::runtime_error("mmap");
-    if (mprotect(base_ + page_, page_, PROT_READ | PROT_WRITE) != 0) throw std::runtime_error("mprotect");
-    std::memset(base_ + page_, kFill, page_);
-    data_ = reinterpret_cast<T*>(at == At::Begin ? base_ + page_ : base_ + 2 * page_ - count * sizeof(T)) +
-            (at == At::Begin ? shift : -shift);
-  }
-  ~Guarded() { munmap(base_, 3 * page_); }
-  Guarded(const Guarded&) = delete;
-
-  T* data() { return data_; }
-  std::vector<T> values() const { return {data_, data_ + count_}; }
-  void fill(const std::vector<T>& values) { std::copy(values.begin(), values.end(), data_); }
-  void protect() { mprotect(base_ + page_, page_, PROT_READ); }
-  // The page around the array is as it was.
-  bool clean_around() const {
-    for (const unsigned char* p = base_ + page_; p < base_ + 2 * page_; ++p)
-      if ((p < reinterpret_cast<unsigned char*>(data_) || p >= reinterpret_cast<unsigned char*>(data_ + count_)) && *p != kFill)
-        return false;
-    return true;
-  }
-
- private:
-  static constexpr unsigned char kFill = 0x5a;
-  int count_;
-  size_t page_;
-  unsigned char* base_;
-  T* data_;
-};
 
 // Test cases by family; each runs both precisions.
 class ByFamily : public testing::TestWithParam<Family> {};
