@@ -46,7 +46,7 @@ class BodyWriter {
   void declare_scale() {
     for (const Inst& i : p_.insts()) {
       if (i.op != Op::Scale) continue;
-      const std::string from = i.type == Type::F64x2  ? "_mm_load_pd(" + names_.scale + ")"
+      const std::string from = i.type == Type::F64x2  ? (names_.scale_lanes > 1 ? "_mm_load_pd(" : "_mm_loaddup_pd(") + names_.scale + ")"
                                : scalar(i.type)       ? "*" + names_.scale
                                : i.type == Type::F64x4 ? "_mm256_broadcast_sd(" + names_.scale + ")"
                                                        : prefix(i.type) + "broadcast_ss(" + names_.scale + ")";

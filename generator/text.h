@@ -20,6 +20,7 @@ struct BodyNames {
   std::string access = "Access";
   std::string scale = "scale";  // pointer to the scale
   bool loads_first = true;      // no store before the last load; false where sources and targets are never one array
+  int scale_lanes = 2;          // equal elements behind it
 };
 
 // Statements of a program in scheduled order.
@@ -38,6 +39,8 @@ struct Kernel {
   int scale_lanes = 1;
   std::string note;  // plan and counts, for the reader of the unit
   Program program;
+  std::vector<std::string> statements = {};  // of a body that is more than one program: over x, y, scale and the buffer
+  bool work_buffer = false;  // takes a fourth argument, void* buffer
 };
 
 // One fixed-size kernel: pool, body, twin where its gate has one, and the exported function with its prologue.

@@ -8,6 +8,9 @@ std::string base_name(const std::string& symbol) {  // xfmgDFTFwd_CToC_8_32fc ->
   return symbol.substr(4);
 }
 
+std::string buffer_parameter(const Kernel& k) { return k.work_buffer ? ", void* buffer" : ""; }
+std::string buffer_argument(const Kernel& k) { return k.work_buffer ? ", buffer" : ""; }
+
 std::string null_test() { return "  if (src == nullptr || dst == nullptr) return xfmStatusNullPointer;\n"; }
 
 // Flags are compared in the order 8, 4, 1, 2; each picks a scale and nothing else, so that one body serves them all.
@@ -24,11 +27,11 @@ std::string select(const Kernel& k) {
 }
 
 std::string run(const Kernel& k, const std::string& access) {
-  return "body_" + base_name(k.symbol) + "<" + access + ">(src, dst, scale);\n";
+  return "body_" + base_name(k.symbol) + "<" + access + ">(src, dst, scale" + buffer_argument(k) + ");\n";
 }
 
 std::string signature(const Kernel& k, const std::string& name) {
-  return "XfmStatus " + name + "(const " + k.element + "* src, " + k.element + "* dst, int flag)";
+  return "XfmStatus " + name + "(const " + k.element + "* src, " + k.element + "* dst, int flag" + buffer_parameter(k) + ")";
 }
 
 std::string body_function(const Kernel& k) {
@@ -36,12 +39,13 @@ std::string body_function(const Kernel& k) {
   BodyNames names;
   names.pool = "owngPool_" + base_name(k.symbol);
   names.scale = k.scale_lanes > 1 ? "*scale" : "scale";
+  names.scale_lanes = k.scale_lanes;
   const std::string row = k.scale_lanes > 1 ? component + " (*scale)[" + std::to_string(k.scale_lanes) + "]" : component + "* scale";
   std::string text = "template <class Access>\nXFM_INLINE void body_" + base_name(k.symbol) + "(const " + k.element + "* src, " +
-                     k.element + "* dst, const " + row + ") {\n";
+                     k.element + "* dst, const " + row + buffer_parameter(k) + ") {\n";
   text += "  const " + component + "* x = reinterpret_cast<const " + component + "*>(src);\n  " + component +
           "* y = reinterpret_cast<" + component + "*>(dst);\n";
-  for (const std::string& line : body_text(k.program, names)) text += "  " + line + "\n";
+  for (const std::string& line : k.statements.empty() ? body_text(k.program, names) : k.statements) text += "  " + line + "\n";
   return text + "}\n\n";
 }
 
@@ -71,7 +75,8 @@ std::string kernel_text(const Kernel& k) {
   switch (k.gate) {
     case Gate::Plain: text += checked(k, "Unaligned"); break;
     case Gate::Gate16Twin:
-      text += "  if (misaligned(src, 16) || misaligned(dst, 16)) return " + twin + "(src, dst, flag);\n" + checked(k, "Aligned");
+      text += "  if (misaligned(src, 16) || misaligned(dst, 16)) return " + twin + "(src, dst, flag" + buffer_argument(k) +
+              ");\n" + checked(k, "Aligned");
       break;
     case Gate::Gate16Inline: text += two_bodies(k, 16); break;
     case Gate::Gate32Inline: text += two_bodies(k, 32); break;

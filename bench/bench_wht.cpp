@@ -1,0 +1,191 @@
+// Time of the Walsh-Hadamard kernels, one thread, data in cache, the caller's buffer:
+//
+//   bench_wht [rounds, 41] [milliseconds per measurement, 2]
+//
+// against FFTW's real transform of size 2 in `order` dimensions (unscaled), a plain loop over 256-bit registers in the
+// same order of levels, and two floors (wht_floors.tsv). Rounds are interleaved; a figure is the median over the
+// rounds in nanoseconds per transform. The results of both rivals are compared with the library's before any timing.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bench/wht_rivals.h"
+#include "generator/table.h"
+#include "xfm.h"
+
+namespace {
+
+using namespace xfm::bench;
+
+constexpr int kOrders = 13;
+
+template <class T>
+struct Api;
+
+template <>
+struct Api<float> {
+  static constexpr const char* kName = "32f";
+  using Small = XfmStatus(const float*, float*, int);
+  static constexpr Small* kSmall[] = {xfmgWHT_1_32f, xfmgWHT_2_32f, xfmgWHT_3_32f, xfmgWHT_4_32f,
+                                      xfmgWHT_5_32f, xfmgWHT_6_32f, xfmgWHT_7_32f};
+  using Large = XfmStatus(const float*, float*, int, void*);
+  static constexpr Large* kLarge[] = {xfmgWHT_8_32f,  xfmgWHT_9_32f,  xfmgWHT_10_32f,
+                                      xfmgWHT_11_32f, xfmgWHT_12_32f, xfmgWHT_13_32f};
+};
+
+template <>
+struct Api<double> {
+  static constexpr const char* kName = "64f";
+  using Small = XfmStatus(const double*, double*, int);
+  static constexpr Small* kSmall[] = {xfmgWHT_1_64f, xfmgWHT_2_64f, xfmgWHT_3_64f, xfmgWHT_4_64f,
+                                      xfmgWHT_5_64f, xfmgWHT_6_64f, xfmgWHT_7_64f};
+  using Large = XfmStatus(const double*, double*, int, void*);
+  static constexpr Large* kLarge[] = {xfmgWHT_8_64f,  xfmgWHT_9_64f,  xfmgWHT_10_64f,
+                                      xfmgWHT_11_64f, xfmgWHT_12_64f, xfmgWHT_13_64f};
+};
+
+template <class T>
+struct Arrays {
+  static constexpr size_t kBytes = (sizeof(T) << kOrders) + 8192;  // the largest work buffer
+  static T* make() { return static_cast<T*>(aligned_alloc(64, kBytes)); }
+  T *src = make(), *dst = make(), *other = make(), *buffer = make();
+  ~Arrays() {
+    for (T* p : {src, dst, other, buffer}) free(p);
+  }
+};
+
+// Of the processor: what other programs take in between does not count.
+double thread_seconds() {
+  timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+double seconds_of(const std::function<void(long)>& calls, long count) {
+  const double start = thread_seconds();
+  calls(count);
+  return thread_seconds() - start;
+}
+
+// Calls that take about that long together.
+long calls_in(const std::function<void(long)>& calls, double seconds) {
+  long count = 1;
+  while (seconds_of(calls, count) < seconds) count *= 2;
+  return count;
+}
+
+double median(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+  return values[values.size() / 2];
+}
+
+// Nanoseconds per transform of each contestant.
+std::vector<double> race(const std::vector<std::function<void(long)>>& contestants, int rounds, double seconds) {
+  std::vector<long> counts;
+  for (const auto& c : contestants) counts.push_back(calls_in(c, seconds));
+  std::vector<std::vector<double>> times(contestants.size());
+  for (int round = 0; round < rounds; ++round)
+    for (size_t i = 0; i < contestants.size(); ++i)
+      times[i].push_back(seconds_of(contestants[i], counts[i]) / static_cast<double>(counts[i]) * 1e9);
+  std::vector<double> medians;
+  for (const auto& t : times) medians.push_back(median(t));
+  return medians;
+}
+
+[[noreturn]] void disagree(const char* rival, const char* type, int order) {
+  std::fprintf(stderr, "%s and the library differ at order %d, %s\n", rival, order, type);
+  std::exit(1);
+}
+
+template <class T>
+void compare(Arrays<T>& a, const std::function<void(long)>& library, int order, const FftwHadamard<T>& fftw) {
+  const size_t length = size_t{1} << order;
+  library(1);
+  loop_hadamard(a.src, a.other, order, T(1));
+  if (std::memcmp(a.dst, a.other, length * sizeof(T)) != 0) disagree("the loop", Api<T>::kName, order);
+  fftw.run();
+  for (size_t i = 0; i < length; ++i)
+    if (std::abs(a.dst[i] - a.other[i]) > 1e-4 * std::sqrt(double(length))) disagree("FFTW", Api<T>::kName, order);
+}
+
+template <class T>
+std::vector<double> measure(Arrays<T>& a, int order, int rounds, double seconds) {
+  const FftwHadamard<T> fftw(a.src, a.other, order);
+  std::mt19937 random(order);
+  std::uniform_real_distribution<T> uniform(-1, 1);
+  for (int i = 0; i < 1 << order; ++i) a.src[i] = uniform(random);  // after planning, which overwrites
+  // The flag and the order come from memory so that no contestant is specialised.
+  volatile int flag = xfmScaleNone, levels = order;
+  const std::function<void(long)> library = [&](long count) {
+    if (order <= 7) {
+      auto* const kernel = Api<T>::kSmall[order - 1];
+      for (const int f = flag; count > 0; --count) kernel(a.src, a.dst, f);
+    } else {
+      auto* const kernel = Api<T>::kLarge[order - 8];
+      for (const int f = flag; count > 0; --count) kernel(a.src, a.dst, f, a.buffer);
+    }
+  };
+  compare(a, library, order, fftw);
+  return race({library, [&](long count) { for (; count > 0; --count) fftw.run(); },
+               [&](long count) { for (const int l = levels; count > 0; --count) loop_hadamard(a.src, a.other, l, T(1)); }},
+              rounds, seconds);
+}
+
+class Means {
+ public:
+  void add(const std::vector<double>& ratios) {
+    sums_.resize(ratios.size());
+    for (size_t i = 0; i < ratios.size(); ++i) sums_[i] += std::log(ratios[i]);
+    ++count_;
+  }
+  void print(const char* title) const {
+    std::printf("%s, geometric means: times the floor %.3f, of FFTW %.3f, of the loop %.3f\n", title,
+                std::exp(sums_[0] / count_), std::exp(sums_[1] / count_), std::exp(sums_[2] / count_));
+  }
+
+ private:
+  std::vector<double> sums_;
+  int count_ = 0;
+};
+
+template <class T>
+void bench(int rounds, double seconds, Means& all) {
+  Arrays<T> arrays;
+  Means means;
+  const xfm::Table floors = xfm::Table::read(XFM_WHT_FLOORS, {"type", "order", "limit", "free"});
+  for (const xfm::TableRow& row : floors.rows()) {
+    if (row["type"] != Api<T>::kName) continue;
+    const double limit = std::stod(row["limit"]), free = std::stod(row["free"]);
+    const std::vector<double> ns = measure(arrays, row.integer("order"), rounds, seconds);
+    std::printf("%s %5d %10.2f %10.2f %10.2f %10.2f %10.2f %8.3f %8.3f %8.3f\n", Api<T>::kName, row.integer("order"),
+                ns[0], ns[1], ns[2], limit, free, ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]);
+    std::fflush(stdout);
+    means.add({ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]});
+    all.add({ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]});
+  }
+  means.print(Api<T>::kName);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? std::atoi(argv[1]) : 41;
+  const double seconds = (argc > 2 ? std::atof(argv[2]) : 2.0) * 1e-3;
+  if (rounds < 1 || seconds <= 0) {
+    std::fprintf(stderr, "usage: bench_wht [rounds] [milliseconds per measurement]\n");
+    return 1;
+  }
+  std::printf("type order  this [ns]  FFTW [ns]  loop [ns] floor [ns]  free [ns]  x floor   x FFTW   x loop\n");
+  Means all;
+  bench<float>(rounds, seconds, all);
+  bench<double>(rounds, seconds, all);
+  all.print("both");
+  return 0;
+}

@@ -1,0 +1,116 @@
+// What the Walsh-Hadamard tests share: the kernels by order, the level order as a model, guarded memory, the allocator
+// that stands in for the core library's.
+#pragma once
+
+#include <dlfcn.h>
+#include <sys/mman.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "xfm.h"
+
+namespace xfm::test {
+
+inline constexpr int kOrders = 13, kFirstBuffered = 8;
+inline constexpr int kFlags[] = {xfmScaleFwdByN, xfmScaleInvByN, xfmScaleBySqrtN, xfmScaleNone};
+
+// Bytes of the work buffer by order, first single, then double.
+inline constexpr int kBufferBytes[2][kOrders + 1] = {
+    {0, 0, 0, 0, 0, 0, 0, 0, 1024, 2048, 4096, 8192, 18432, 34816},
+    {0, 0, 0, 0, 0, 0, 0, 0, 2048, 4096, 8192, 18432, 34816, 73728},
+};
+
+template <class T>
+constexpr const char* type_name() { return sizeof(T) == 4 ? "32f" : "64f"; }
+template <class T>
+constexpr int buffer_bytes(int order) { return kBufferBytes[sizeof(T) == 8][order]; }
+
+inline void* library_symbol(const std::string& name) {
+  void* address = dlsym(RTLD_DEFAULT, name.c_str());
+  if (address == nullptr) {
+    std::fprintf(stderr, "no function %s\n", name.c_str());
+    std::abort();
+  }
+  return address;
+}
+
+// Kernels below order 8 ignore a fourth argument, as they do behind the dispatcher.
+template <class T>
+using Kernel = XfmStatus(const T*, T*, int, void*);
+template <class T>
+Kernel<T>* kernel(int order) {
+  return reinterpret_cast<Kernel<T>*>(library_symbol("xfmgWHT_" + std::to_string(order) + "_" + type_name<T>()));
+}
+
+template <class T>
+T scale_of(int flag, int order) {
+  if (flag == xfmScaleNone) return 1;
+  const long double n = std::ldexp(1.0L, order);
+  return static_cast<T>(flag == xfmScaleBySqrtN ? 1 / std::sqrt(n) : 1 / n);
+}
+
+// Level by level, stride 1 first: a + b and a - b in the type itself; then the scale.
+template <class T>
+std::vector<T> level_model(std::vector<T> values, T scale) {
+  for (size_t stride = 1; stride < values.size(); stride *= 2)
+    for (size_t i = 0; i < values.size(); ++i)
+      if (!(i & stride)) {
+        const T a = values[i], b = values[i + stride];
+        values[i] = a + b;
+        values[i + stride] = a - b;
+      }
+  for (T& v : values) v *= scale;
+  return values;
+}
+
+// Magnitudes over a wide range, so that any other order of additions rounds elsewhere; some zeros of either sign.
+template <class T>
+std::vector<T> rough_values(int order, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<T> mantissa(-1, 1);
+  std::uniform_int_distribution<int> exponent(-12, 12);
+  std::vector<T> values(size_t{1} << order);
+  for (T& v : values) v = std::ldexp(mantissa(random), exponent(random));
+  values[0] = -0.0f;
+  if (order > 4) values[3] = 0, values[5] = -0.0f;
+  return values;
+}
+
+// Pages between two unreadable ones.
+class GuardedPages {
+ public:
+  explicit GuardedPages(size_t bytes) : inner_((bytes + kPage - 1) / kPage * kPage) {
+    base_ = static_cast<char*>(mmap(nullptr, inner_ + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    if (base_ == MAP_FAILED || mprotect(first(), inner_, PROT_READ | PROT_WRITE) != 0) std::abort();
+  }
+  ~GuardedPages() { munmap(base_, inner_ + 2 * kPage); }
+  GuardedPages(const GuardedPages&) = delete;
+
+  char* first() const { return base_ + kPage; }
+  char* at_end(size_t bytes) const { return base_ + kPage + inner_ - bytes; }
+  void forbid_writing() const {
+    if (mprotect(first(), inner_, PROT_READ) != 0) std::abort();
+  }
+
+ private:
+  static constexpr size_t kPage = 4096;
+  size_t inner_;
+  char* base_;
+};
+
+// Calls of xfmMalloc and xfmFree since the last reset. Blocks end at an unreadable page and are aligned to 16 bytes.
+struct AllocatorLog {
+  std::vector<int> sizes;
+  std::vector<void*> blocks, freed;
+  void reset() { *this = {}; }
+};
+extern AllocatorLog allocator_log;
+
+}  // namespace xfm::test

@@ -1,0 +1,91 @@
+// Writes the units of the Walsh-Hadamard transform.
+//   gen_wht UNIT PLANS OUTPUT     a unit, pgenwht32fw7 or pgenwht64fw7
+//   gen_wht counts PLANS OUTPUT   instructions of every kernel's code: each pass once, however often it runs
+// PLANS is the directory of the plan tables. Nothing is written unless every kernel costs what its plan says.
+#include "generator/check.h"
+#include "generator/functions.h"
+#include "generator/program.h"
+#include "generator/text.h"
+#include "wht/passes.h"
+
+namespace xfm::wht {
+namespace {
+
+const std::vector<std::string> kTypes = {"32f", "64f"};
+
+std::string symbol(int order, const std::string& type) { return "xfmgWHT_" + std::to_string(order) + "_" + type; }
+
+std::string kernel_of(const Plan& plan, const std::string& type, const FunctionList& functions) {
+  Kernel kernel;
+  kernel.symbol = symbol(plan.order, type);
+  const Function* function = functions.find(kernel.symbol);
+  check(function != nullptr, "a public function " + kernel.symbol);
+  check(function->scale == ScaleRule::SelfInverse, kernel.symbol + " divides by N for either flag");
+  kernel.element = "Xfm" + type;
+  kernel.single = single_precision(plan.type);
+  kernel.gate = function->gate;
+  kernel.length = plan.length();
+  constexpr int kByN = 2;
+  kernel.scale_by_1 = kernel.scale_by_2 = kByN;
+  kernel.note = plan.note();
+  kernel.work_buffer = function->takes_buffer();
+  check(kernel.work_buffer == (plan.main_bytes > 0), kernel.symbol + " takes a work buffer where its plan has one");
+  std::vector<Pass> passes = passes_of(plan);
+  const Counts made = check_counts(plan, passes);
+  kernel.note += ", " + std::to_string(made.shuffles) + " shuffles";
+  if (passes.size() == 1) {
+    kernel.program = std::move(passes[0].program);
+  } else {
+    kernel.statements = pass_statements(plan, passes);
+  }
+  return kernel_text(kernel);
+}
+
+std::string size_query(const std::vector<Plan>& plans, const std::string& type) {
+  std::string sizes;
+  for (const Plan& plan : plans) sizes += (sizes.empty() ? "" : ", ") + std::to_string(plan.main_bytes + plan.staging_bytes);
+  const std::string orders = std::to_string(plans.size());
+  return "// Bytes of work buffer by order, from 1 on.\nextern \"C\" XfmStatus xfmgWHTGetBufferSize_" + type +
+         "(int order, int* size) {\n  static const int sizes[" + orders + "] = {" + sizes + "};\n  if (order < 1 || order > " +
+         orders + ") return xfmStatusSizeError;\n  *size = sizes[order - 1];\n  return xfmStatusOk;\n}\n";
+}
+
+std::string unit_text(const std::string& unit, const std::string& type, const std::string& plans) {
+  const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
+  const std::vector<Plan> rows = read_plans(plans + "/wht_plans.tsv", type);
+  std::string text = unit_head(unit, "gen_wht") + "#include \"wht/pass_support.h\"\n\n";
+  for (const Plan& plan : rows) text += kernel_of(plan, type, functions);
+  return text + size_query(rows, type);
+}
+
+std::string counts_text(const std::string& plans) {
+  std::string text = "function\tadds\tmuls\tshuffles\n";
+  for (const std::string& type : kTypes)
+    for (const Plan& plan : read_plans(plans + "/wht_plans.tsv", type)) {
+      const std::vector<Pass> passes = passes_of(plan);
+      check_counts(plan, passes);
+      Counts code;
+      for (const Pass& pass : passes) code += count(pass.program);
+      const int shuffles = passes.size() == 1 ? plan.limit.shuffles : code.shuffles;
+      text += symbol(plan.order, type) + "\t" + std::to_string(code.additions) + "\t" + std::to_string(code.multiplications) +
+              "\t<=" + std::to_string(shuffles) + "\n";
+    }
+  return text;
+}
+
+std::string text_of(const std::string& what, const std::string& plans) {
+  if (what == "counts") return counts_text(plans);
+  for (const std::string& type : kTypes)
+    if (what == "pgenwht" + type + "w7") return unit_text(what, type, plans);
+  throw InputError("no unit or report is named " + what);
+}
+
+void program(int argc, char** argv) {
+  if (argc != 4) throw InputError("usage: gen_wht UNIT|counts PLANS OUTPUT");
+  write_file(argv[3], text_of(argv[1], argv[2]));
+}
+
+}  // namespace
+}  // namespace xfm::wht
+
+int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::wht::program); }

@@ -1,0 +1,91 @@
+#include "wht/passes.h"
+
+#include "generator/text.h"
+
+namespace xfm::wht {
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines indented(const Lines& lines) {
+  Lines result;
+  for (const std::string& line : lines) result.push_back("  " + line);
+  return result;
+}
+
+// for (index = 0; index < limit; index += step) { body }
+Lines loop(const std::string& index, int limit, int step, const Lines& body) {
+  Lines lines = {"for (int " + index + " = 0; " + index + " < " + std::to_string(limit) + "; " + index +
+                 " += " + std::to_string(step) + ") {"};
+  for (const std::string& line : indented(body)) lines.push_back(line);
+  lines.push_back("}");
+  return lines;
+}
+
+void append(Lines& lines, const Lines& more) { lines.insert(lines.end(), more.begin(), more.end()); }
+
+// How src and dst are accessed is the kernel's parameter; the regions of the buffer are aligned.
+const std::string kFromSrc = "Through<Access, Aligned>", kInBuffer = "Aligned", kToDst = "Through<Aligned, Access>";
+
+Lines body(const Pass& pass, const std::string& from, const std::string& to, const std::string& access) {
+  return body_text(pass.program, {.sources = {from}, .targets = {to}, .pool = {}, .access = access, .scale_lanes = 1});
+}
+
+Lines blocks(const Plan& plan, const std::vector<Pass>& passes) {
+  Lines block = {"const auto* from = x + block;", "auto* to = main_region + block;"};
+  append(block, body(passes[0], "from", "to", kFromSrc));
+  return loop("block", plan.length(), plan.block(), block);
+}
+
+Lines chunks(const Plan& plan, const std::vector<Pass>& passes) {
+  Lines block = {"const auto* from = x + chunk + block;", "auto* to = staging + block;"};
+  append(block, body(passes[0], "from", "to", kFromSrc));
+  Lines column = {"const auto* from = staging + column;", "auto* to = main_region + chunk + column;"};
+  append(column, body(passes[1], "from", "to", kInBuffer));
+  Lines chunk = loop("block", plan.chunk(), plan.block(), block);
+  append(chunk, loop("column", plan.block(), width(plan.type), column));
+  return loop("chunk", plan.length(), plan.chunk(), chunk);
+}
+
+}  // namespace
+
+std::vector<Pass> passes_of(const Plan& plan) {
+  const int lanes = width(plan.type), last = static_cast<int>(plan.passes.size()) - 1;
+  const auto scaling = [&](int k) { return k == last ? Scaling::Last : Scaling::None; };
+  std::vector<Pass> passes = {{block_flow(plan.passes[0], plan.type, scaling(0)), plan.length() / plan.block()}};
+  for (int k = 1, stride = plan.block(); k <= last; stride <<= plan.passes[k++]) {
+    const int columns = plan.length() >> plan.passes[k];
+    passes.push_back({column_flow(plan.passes[k], stride, plan.type, scaling(k)), columns / lanes});
+  }
+  return passes;
+}
+
+Counts check_counts(const Plan& plan, const std::vector<Pass>& passes) {
+  Counts made;
+  for (const Pass& pass : passes) made += pass.runs * count(pass.program);
+  const auto compare = [&](const char* what, int number, bool holds) {
+    if (!holds) plan.row.fail(std::string(what) + ": the passes have " + std::to_string(number));
+  };
+  compare("additions", made.additions, made.additions == plan.limit.additions);
+  compare("multiplications", made.multiplications, made.multiplications == plan.limit.multiplications);
+  compare("shuffles", made.shuffles, made.shuffles <= plan.limit.shuffles);
+  return made;
+}
+
+Lines pass_statements(const Plan& plan, const std::vector<Pass>& passes) {
+  const std::string element = single_precision(plan.type) ? "float" : "double";
+  const std::string bytes = std::to_string(plan.main_bytes + plan.staging_bytes);
+  Lines lines = {"void* const own = buffer == nullptr ? xfmMalloc(" + bytes + ") : nullptr;",
+                 element + "* const main_region = static_cast<" + element + "*>(buffer == nullptr ? own : buffer);"};
+  const bool staged = passes.size() == 3;
+  if (staged) lines.push_back(element + "* const staging = main_region + " + std::to_string(plan.length()) + ";");
+  append(lines, staged ? chunks(plan, passes) : blocks(plan, passes));
+  Lines column = {"const auto* from = main_region + column;", "auto* to = y + column;"};
+  append(column, body(passes.back(), "from", "to", kToDst));
+  append(lines, loop("column", plan.chunk(), width(plan.type), column));
+  lines.push_back("if (buffer == nullptr) xfmFree(own);");
+  return lines;
+}
+
+}  // namespace xfm::wht

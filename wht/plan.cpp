@@ -1,0 +1,69 @@
+#include "wht/plan.h"
+
+#include <charconv>
+#include <numeric>
+
+namespace xfm::wht {
+
+namespace {
+
+Type value_type(const TableRow& row, bool single) {
+  if (row["form"] == "scalar") return single ? Type::F32 : Type::F64;
+  if (row["form"] == "vector") return single ? Type::F32x4 : Type::F64x2;
+  row.fail("form: \"" + row["form"] + "\" is neither scalar nor vector");
+}
+
+std::vector<int> pass_orders(const TableRow& row) {
+  std::vector<int> orders;
+  for (const std::string& text : split(row["passes"], ' ')) {
+    int order = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), order);
+    if (error != std::errc() || end != text.data() + text.size() || order < 1 || order > kRegisterOrders)
+      row.fail("passes: \"" + text + "\" is not an order from 1 to 7");
+    orders.push_back(order);
+  }
+  return orders;
+}
+
+void validate(const Plan& plan, const TableRow& row) {
+  if (std::accumulate(plan.passes.begin(), plan.passes.end(), 0) != plan.order) row.fail("the passes do not add up to the order");
+  const bool large = plan.order > kRegisterOrders;
+  const size_t passes = plan.passes.size();
+  if (large ? passes != 2 && passes != 3 : passes != 1) row.fail("one pass up to order 7, two or three above it");
+  if (plan.block() < width(plan.type) * width(plan.type)) row.fail("a block is less than a square group of registers");
+  const int element = single_precision(plan.type) ? 4 : 8;
+  if (plan.main_bytes != (large ? plan.length() * element : 0)) row.fail("main: the region holds the data once from order 8 on");
+  if (plan.staging_bytes != (passes == 3 ? plan.chunk() * element : 0)) row.fail("staging: the region holds a chunk of three passes");
+}
+
+}  // namespace
+
+std::string Plan::note() const {
+  std::string text;
+  for (int pass : passes) text += (text.empty() ? "order " : " + ") + std::to_string(pass);
+  return text + "; " + std::to_string(limit.additions) + " additions, " + std::to_string(limit.multiplications) +
+         " multiplications in " + (width(type) > 1 ? "vectors" : "scalars");
+}
+
+std::vector<Plan> read_plans(const std::filesystem::path& path, const std::string& type) {
+  const Table table = Table::read(path, {"type", "order", "passes", "form", "additions", "multiplications", "shuffles", "main", "staging"});
+  std::vector<Plan> plans;
+  for (const TableRow& row : table.rows()) {
+    if (row["type"] != "32f" && row["type"] != "64f") row.fail("type: \"" + row["type"] + "\" is neither 32f nor 64f");
+    if (row["type"] != type) continue;
+    Plan plan{.order = row.integer("order"),
+              .type = value_type(row, type == "32f"),
+              .passes = pass_orders(row),
+              .limit = {row.integer("additions"), row.integer("multiplications"), row.integer("shuffles")},
+              .main_bytes = row.integer("main"),
+              .staging_bytes = row.integer("staging"),
+              .row = row};
+    if (plan.order != static_cast<int>(plans.size()) + 1) row.fail("the orders of a type follow each other from 1 on");
+    validate(plan, row);
+    plans.push_back(std::move(plan));
+  }
+  if (plans.size() != kOrders) fail_input(path.string(), 0, type + " has " + std::to_string(plans.size()) + " orders instead of 13");
+  return plans;
+}
+
+}  // namespace xfm::wht

@@ -1,0 +1,34 @@
+// The plans of the Walsh-Hadamard kernels (plans/wht_plans.tsv): passes, instruction counts, work buffers.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "generator/table.h"
+#include "wht/flow.h"
+
+namespace xfm::wht {
+
+inline constexpr int kOrders = 13;
+inline constexpr int kRegisterOrders = 7;  // up to here one pass and no work buffer
+
+struct Plan {
+  int order = 0;
+  Type type = Type::F32;    // of the values a body holds
+  std::vector<int> passes;  // orders, lowest stride first
+  Counts limit;             // of one call; shuffles may be fewer
+  int main_bytes = 0, staging_bytes = 0;
+  TableRow row;             // where it comes from
+
+  [[nodiscard]] int length() const { return 1 << order; }
+  [[nodiscard]] int block() const { return 1 << passes[0]; }  // elements of one block of the first pass
+  // Elements that the passes before the last one transform together: with three passes a chunk in the staging region.
+  [[nodiscard]] int chunk() const { return length() >> passes.back(); }
+  [[nodiscard]] std::string note() const;  // passes and counts, for readers of the unit
+};
+
+// The plans of one element type ("32f", "64f"), by order from 1 on, complete and consistent.
+std::vector<Plan> read_plans(const std::filesystem::path& table, const std::string& type);
+
+}  // namespace xfm::wht
