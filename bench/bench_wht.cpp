@@ -1,10 +1,12 @@
 // Time of the Walsh-Hadamard kernels, one thread, data in cache, the caller's buffer:
 //
-//   bench_wht [rounds, 41] [milliseconds per measurement, 2]
+//   bench_wht [rounds, 41] [milliseconds per measurement, 2] [alignment, 64]
 //
 // against FFTW's real transform of size 2 in `order` dimensions (unscaled), a plain loop over 256-bit registers in the
 // same order of levels, and two floors (wht_floors.tsv). Rounds are interleaved; a figure is the median over the
-// rounds in nanoseconds per transform. The results of both rivals are compared with the library's before any timing.
+// rounds in nanoseconds of processor time per transform. The results of both rivals are compared with the library's
+// before any timing. The floors leave out what a call costs; the first line says it. An alignment of 4096 puts all
+// arrays at the start of a page, where the same elements compete for the same sets of the first-level cache.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -53,12 +55,17 @@ struct Api<double> {
 
 template <class T>
 struct Arrays {
-  static constexpr size_t kBytes = (sizeof(T) << kOrders) + 8192;  // the largest work buffer
-  static T* make() { return static_cast<T*>(aligned_alloc(64, kBytes)); }
-  T *src = make(), *dst = make(), *other = make(), *buffer = make();
+  explicit Arrays(size_t alignment) {
+    const size_t bytes = (sizeof(T) << kOrders) + 8192;  // the largest work buffer
+    for (T** p : {&src, &dst, &other, &buffer})
+      *p = static_cast<T*>(aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment));
+  }
   ~Arrays() {
     for (T* p : {src, dst, other, buffer}) free(p);
   }
+  Arrays(const Arrays&) = delete;
+
+  T *src, *dst, *other, *buffer;
 };
 
 // Of the processor: what other programs take in between does not count.
@@ -138,6 +145,7 @@ std::vector<double> measure(Arrays<T>& a, int order, int rounds, double seconds)
               rounds, seconds);
 }
 
+// Geometric means of the ratios to the floor, FFTW and the loop.
 class Means {
  public:
   void add(const std::vector<double>& ratios) {
@@ -156,9 +164,9 @@ class Means {
 };
 
 template <class T>
-void bench(int rounds, double seconds, Means& all) {
-  Arrays<T> arrays;
-  Means means;
+void bench(int rounds, double seconds, size_t alignment, Means& all) {
+  Arrays<T> arrays(alignment);
+  Means means, vectors;
   const xfm::Table floors = xfm::Table::read(XFM_WHT_FLOORS, {"type", "order", "limit", "free"});
   for (const xfm::TableRow& row : floors.rows()) {
     if (row["type"] != Api<T>::kName) continue;
@@ -167,10 +175,21 @@ void bench(int rounds, double seconds, Means& all) {
     std::printf("%s %5d %10.2f %10.2f %10.2f %10.2f %10.2f %8.3f %8.3f %8.3f\n", Api<T>::kName, row.integer("order"),
                 ns[0], ns[1], ns[2], limit, free, ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]);
     std::fflush(stdout);
-    means.add({ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]});
-    all.add({ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]});
+    const std::vector<double> ratios = {ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]};
+    means.add(ratios);
+    if (row.integer("order") >= 4) vectors.add(ratios);
+    all.add(ratios);
   }
   means.print(Api<T>::kName);
+  vectors.print((std::string(Api<T>::kName) + " from order 4 on").c_str());
+}
+
+// A function of the library that returns at once.
+double call_alone(int rounds, double seconds) {
+  volatile int order = 0;
+  int size = 0;
+  return race({[&](long count) { for (const int o = order; count > 0; --count) xfmgWHTGetBufferSize_32f(o, &size); }},
+              rounds, seconds)[0];
 }
 
 }  // namespace
@@ -178,14 +197,16 @@ void bench(int rounds, double seconds, Means& all) {
 int main(int argc, char** argv) {
   const int rounds = argc > 1 ? std::atoi(argv[1]) : 41;
   const double seconds = (argc > 2 ? std::atof(argv[2]) : 2.0) * 1e-3;
-  if (rounds < 1 || seconds <= 0) {
-    std::fprintf(stderr, "usage: bench_wht [rounds] [milliseconds per measurement]\n");
+  const size_t alignment = argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 64;
+  if (rounds < 1 || seconds <= 0 || alignment < 32 || (alignment & (alignment - 1)) != 0) {
+    std::fprintf(stderr, "usage: bench_wht [rounds] [milliseconds per measurement] [alignment, a power of two from 32 on]\n");
     return 1;
   }
+  std::printf("a call that returns at once: %.2f ns\n", call_alone(rounds, seconds));
   std::printf("type order  this [ns]  FFTW [ns]  loop [ns] floor [ns]  free [ns]  x floor   x FFTW   x loop\n");
   Means all;
-  bench<float>(rounds, seconds, all);
-  bench<double>(rounds, seconds, all);
+  bench<float>(rounds, seconds, alignment, all);
+  bench<double>(rounds, seconds, alignment, all);
   all.print("both");
   return 0;
 }
