@@ -76,15 +76,15 @@ Counts check_counts(const Plan& plan, const std::vector<Pass>& passes) {
 Lines pass_statements(const Plan& plan, const std::vector<Pass>& passes) {
   const std::string element = single_precision(plan.type) ? "float" : "double";
   const std::string bytes = std::to_string(plan.main_bytes + plan.staging_bytes);
-  Lines lines = {element + "* const main_region = static_cast<" + element + "*>(buffer == nullptr ? xfmMalloc(" + bytes +
-                 ") : buffer);"};
+  Lines lines = {"void* own = nullptr;", "if (buffer == nullptr) own = buffer = xfmMalloc(" + bytes + ");",
+                 element + "* const main_region = static_cast<" + element + "*>(buffer);"};
   const bool staged = passes.size() == 3;
   if (staged) lines.push_back(element + "* const staging = main_region + " + std::to_string(plan.length()) + ";");
   append(lines, staged ? chunks(plan, passes) : blocks(plan, passes));
   Lines column = {"const auto* from = main_region + column;", "auto* to = y + column;"};
   append(column, body(passes.back(), "from", "to", kToDst));
   append(lines, loop("column", plan.chunk(), width(plan.type), column));
-  lines.push_back("if (buffer == nullptr) xfmFree(main_region);");
+  lines.push_back("if (own != nullptr) xfmFree(own);");
   return lines;
 }
 
