@@ -71,8 +71,11 @@ Counts count_over(const Body& body, const std::vector<std::size_t>& instructions
     wanted[i] = true;
     count_instruction(body.code[i], counts);
   }
-  for (const auto& access : body.trace.accesses)
-    if (wanted[access.instruction]) count_access(access, counts);
+  for (const auto& access : body.trace.accesses) {
+    if (!wanted[access.instruction]) continue;
+    count_access(access, counts);
+    wanted[access.instruction] = false;  // one instruction, one access, whatever paths lead to it
+  }
   return counts;
 }
 
@@ -82,7 +85,7 @@ const char* line_name(const Body& body, const State& state) {
 }
 
 Line line_from(const Body& body, std::size_t head) {
-  Line line{.name = line_name(body, body.trace.at_block.at({head, false})), .instructions = {}, .counts = {}};
+  Line line{.name = line_name(body, *body.trace.reaching(head, false)), .instructions = {}, .counts = {}};
   std::vector<bool> walked(body.flow.blocks.size());
   for (std::size_t b = head; !walked[b];) {
     walked[b] = true;
@@ -104,8 +107,8 @@ void find_lines(Body& body) {
     if (access.region == Region::Src || access.region == Region::Dst) holds_data[block_of[access.instruction]] = true;
   for (std::size_t b = 0; b < body.flow.blocks.size(); ++b) {
     if (!holds_data[b]) continue;
-    if (!body.trace.at_block.contains({b, false})) continue;
-    if (body.trace.at_block.contains({b, true})) body.side_entries.push_back(b);
+    if (body.trace.reaching(b, false) == nullptr) continue;
+    if (body.trace.reaching(b, true) != nullptr) body.side_entries.push_back(b);
     else body.lines.push_back(line_from(body, b));
   }
 }
@@ -113,7 +116,7 @@ void find_lines(Body& body) {
 // After the first access there is nothing left to choose; where there is, no line can be told.
 bool branches_late(const Body& body) {
   return std::ranges::any_of(body.trace.before_transfer, [&](const auto& entry) {
-    return body.code[entry.first].transfer == Transfer::Branch && entry.second.touched;
+    return body.code[entry.first].transfer == Transfer::Branch && entry.second.path.touched;
   });
 }
 

@@ -41,7 +41,8 @@ void check_straight_line(const Body& body, const Surroundings&, Findings& findin
   for (const auto i : body.flow.back_edges) report.at(i, "closes a loop");
   if (!body.flow.back_edges.empty()) return;
   for (const auto& [i, state] : body.trace.before_transfer)
-    if (body.code[i].transfer == Transfer::Branch && state.touched) report.at(i, "a branch after the first access");
+    if (body.code[i].transfer == Transfer::Branch && state.path.touched)
+      report.at(i, "a branch after the first access");
   for (const auto b : body.side_entries)
     report.at(body.flow.blocks[b].first, "a part of the body that is reached without its beginning");
   for (std::size_t i = 0; i < body.code.size(); ++i)
@@ -75,7 +76,7 @@ bool leaves_function(const Body& body, const Instruction& code) {
 
 // A call of the body: its twin only, with the three arguments as they came and, for a jump, the stack as it was.
 void check_twin_call(const Body& body, std::size_t i, const State& state, Report& report) {
-  if (state.touched) report.at(i, "a call after the first access");
+  if (state.path.touched) report.at(i, "a call after the first access");
   const auto& registers = state.registers;
   if (registers[7] != Value::address(Region::Src, 0) || registers[6] != Value::address(Region::Dst, 0) ||
       registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::CallersBuffer, 0)))
@@ -88,7 +89,7 @@ void check_twin_call(const Body& body, std::size_t i, const State& state, Report
 void check_allocation(const Body& body, std::size_t i, const State& state, Report& report) {
   const auto due = Value::constant(body.promise->buffer_bytes());
   if (state.registers[7] != due) report.at(i, "does not allocate " + std::to_string(due.offset) + " bytes");
-  if (state.touched) report.at(i, "allocates after the first access");
+  if (state.path.touched) report.at(i, "allocates after the first access");
 }
 
 void check_calls(const Body& body, const Surroundings& around, Findings& findings) {
@@ -135,9 +136,9 @@ void check_status(const Body& body, const Surroundings&, Findings& findings) {
     const auto& value = state.registers[0];
     const auto status = static_cast<std::int32_t>(value.offset);
     if (value.kind != Value::Kind::Constant || !value.exact) {
-      if (state.touched) report.at(i, "the status after the body cannot be told");
-    } else if (state.touched ? status != kOk : status != kNullPointer && status != kFlagError) {
-      report.at(i, "returns " + std::to_string(status) + (state.touched ? " after the body" : " without a body"));
+      if (state.path.touched) report.at(i, "the status after the body cannot be told");
+    } else if (state.path.touched ? status != kOk : status != kNullPointer && status != kFlagError) {
+      report.at(i, "returns " + std::to_string(status) + (state.path.touched ? " after the body" : " without a body"));
     }
   }
 }
@@ -220,8 +221,8 @@ void check_gate(const Body& body, const Surroundings&, Findings& findings) {
     int src = 1, dst = 1;
     for (std::size_t b = 0; b < body.flow.blocks.size(); ++b) {
       if (body.flow.blocks[b].first != line.instructions.front()) continue;
-      src = body.trace.at_block.at({b, false}).src_alignment;
-      dst = body.trace.at_block.at({b, false}).dst_alignment;
+      src = body.trace.reaching(b, false)->src_alignment;
+      dst = body.trace.reaching(b, false)->dst_alignment;
     }
     if (src == due && dst == due) ++aligned_lines;
     else if (src != 1 && dst != 1) report("a line behind a test for " + std::to_string(std::min(src, dst)) + " bytes");

@@ -23,11 +23,16 @@ State join(const State& a, const State& b) {
   if (a.test == b.test) out.test = a.test;
   out.src_alignment = std::min(a.src_alignment, b.src_alignment);
   out.dst_alignment = std::min(a.dst_alignment, b.dst_alignment);
-  out.touched = a.touched;  // the same in both
+  out.path = a.path;  // the same in both
   out.stored = a.stored || b.stored;
   out.upper_dirty = a.upper_dirty || b.upper_dirty;
   return out;
 }
+
+constexpr Path kPaths[] = {
+    {false, BufferArgument::Untested}, {false, BufferArgument::Null}, {false, BufferArgument::Given},
+    {true, BufferArgument::Untested},  {true, BufferArgument::Null},  {true, BufferArgument::Given},
+};
 
 class Machine {
  public:
@@ -40,17 +45,10 @@ class Machine {
     settle();
     recording_ = true;
     for (const auto b : flow_.reachable) {
-      for (const bool touched : {false, true}) {
-        const auto entry = entry_.find({b, touched});
-        if (entry == entry_.end()) continue;
-        const auto known = trace_.accesses.size();
-        State state = entry->second;
-        for (auto i = flow_.blocks[b].first; i < flow_.blocks[b].last; ++i) {
-          trace_.reached[i] = true;
-          if (code_[i].transfer != Transfer::None) trace_.before_transfer.emplace_back(i, state);
-          step(state, i);
-        }
-        if (touched) drop_repeated_accesses(b, known);
+      const auto known = trace_.accesses.size();
+      for (const auto& path : kPaths) {
+        const auto entry = entry_.find({b, path});
+        if (entry != entry_.end()) record(b, entry->second, known);
       }
     }
     trace_.at_block = std::move(entry_);
@@ -58,18 +56,19 @@ class Machine {
   }
 
  private:
-  // A block run for both kinds of paths tells what it touches once.
-  void drop_repeated_accesses(std::size_t block, std::size_t from) {
+  // A block that is run for several kinds of paths tells what it touches once, as far as the paths agree.
+  void record(std::size_t block, State state, std::size_t first_of_block) {
     auto& accesses = trace_.accesses;
-    const auto fresh = accesses.begin() + static_cast<std::ptrdiff_t>(from);
-    const auto repeated = [&](const Access& access) {
-      return std::any_of(accesses.begin(), fresh, [&](const Access& known) {
-        return known.instruction == access.instruction && known.region == access.region &&
-               known.offset == access.offset;
-      });
-    };
-    if (entry_.contains({block, false}))
-      accesses.erase(std::remove_if(fresh, accesses.end(), repeated), accesses.end());
+    const auto before = accesses.size();
+    for (auto i = flow_.blocks[block].first; i < flow_.blocks[block].last; ++i) {
+      trace_.reached[i] = true;
+      if (code_[i].transfer != Transfer::None) trace_.before_transfer.emplace_back(i, state);
+      step(state, i);
+    }
+    const auto known = accesses.begin() + static_cast<std::ptrdiff_t>(first_of_block);
+    const auto fresh = accesses.begin() + static_cast<std::ptrdiff_t>(before);
+    const auto is_known = [&](const Access& access) { return std::find(known, fresh, access) != fresh; };
+    accesses.erase(std::remove_if(fresh, accesses.end(), is_known), accesses.end());
   }
 
   static State at_entry() {
@@ -84,29 +83,30 @@ class Machine {
 
   // Joins only lose knowledge, so this ends; without loops one pass in topological order is all there is.
   void settle() {
-    entry_[{flow_.reachable.front(), false}] = at_entry();
+    entry_[{flow_.reachable.front(), Path{}}] = at_entry();
     std::size_t rounds_left = 16 * flow_.reachable.size() + 16;
     for (bool changed = true; changed;) {
       if (rounds_left-- == 0) throw std::logic_error("the machine does not settle");
       changed = false;
       for (const auto b : flow_.reachable)
-        for (const bool touched : {false, true}) changed |= run_block(b, touched);
+        for (const auto& path : kPaths) changed |= run_block(b, path);
       if (flow_.back_edges.empty()) break;
     }
   }
 
-  bool run_block(std::size_t block, bool touched) {
-    const auto entry = entry_.find({block, touched});
+  bool run_block(std::size_t block, const Path& path) {
+    const auto entry = entry_.find({block, path});
     if (entry == entry_.end()) return false;
     State state = entry->second;
     for (auto i = flow_.blocks[block].first; i < flow_.blocks[block].last; ++i) step(state, i);
     bool changed = false;
-    for (const auto to : flow_.blocks[block].successors) changed |= arrive(to, along_edge(state, block, to));
+    for (const auto to : flow_.blocks[block].successors)
+      if (const auto arriving = along_edge(state, block, to)) changed |= arrive(to, *arriving);
     return changed;
   }
 
   bool arrive(std::size_t block, const State& state) {
-    const auto [place, fresh] = entry_.try_emplace({block, state.touched}, state);
+    const auto [place, fresh] = entry_.try_emplace({block, state.path}, state);
     if (fresh) return true;
     auto both = join(place->second, state);
     if (both == place->second) return false;
@@ -114,18 +114,29 @@ class Machine {
     return true;
   }
 
-  // A branch on the zero flag right after an alignment test proves the alignment on its zero side.
-  State along_edge(const State& state, std::size_t from, std::size_t to) const {
+  // What a branch on the zero flag teaches the side it leads to: the gate's alignment, whether there is a buffer; or
+  // that nothing ever goes there.
+  std::optional<State> along_edge(const State& state, std::size_t from, std::size_t to) const {
     const auto& tail = code_[flow_.blocks[from].last - 1];
-    if (tail.transfer != Transfer::Branch || !state.test.valid || !tail.target) return state;
+    const bool on_zero = tail.mnemonic() == ZYDIS_MNEMONIC_JZ, on_other = tail.mnemonic() == ZYDIS_MNEMONIC_JNZ;
+    if (!tail.target || (!on_zero && !on_other)) return state;
     const bool taken = code_[flow_.blocks[to].first].address == *tail.target;
-    const bool zero =
-        (tail.mnemonic() == ZYDIS_MNEMONIC_JZ && taken) || (tail.mnemonic() == ZYDIS_MNEMONIC_JNZ && !taken);
-    if (!zero) return state;
+    const bool zero = taken == on_zero;
+    const auto& test = state.test;
     State out = state;
-    const int alignment = 1 << std::min(5, std::countr_one(state.test.mask));
-    if (state.test.of_src) out.src_alignment = std::max(out.src_alignment, alignment);
-    if (state.test.of_dst) out.dst_alignment = std::max(out.dst_alignment, alignment);
+    switch (test.kind) {
+      case ZeroTest::Kind::None: break;
+      case ZeroTest::Kind::Known:
+        if (zero != test.zero) return std::nullopt;
+        break;
+      case ZeroTest::Kind::BufferNull: out.path.buffer = zero ? BufferArgument::Null : BufferArgument::Given; break;
+      case ZeroTest::Kind::Alignment: {
+        if (!zero) break;
+        const int alignment = 1 << std::min(5, std::countr_one(test.mask));
+        if (test.of_src) out.src_alignment = std::max(out.src_alignment, alignment);
+        if (test.of_dst) out.dst_alignment = std::max(out.dst_alignment, alignment);
+      }
+    }
     return out;
   }
 
@@ -233,7 +244,7 @@ class Machine {
       note_depth(address);
       if (access.writes) forget_overlap(state, address, access.bytes);
       if (access.region != Region::Src && access.region != Region::Dst) continue;
-      state.touched = true;
+      state.path.touched = true;
       if (access.writes) state.stored = true;
     }
   }
@@ -288,14 +299,43 @@ class Machine {
     top = Value::address(Region::AlignedStack, 0);
   }
 
-  AlignmentTest alignment_test(const State& state, const Instruction& instruction) const {
+  ZeroTest alignment_test(const State& state, const Instruction& instruction) const {
     const auto& left = instruction.operands[0];
     const auto& right = instruction.operands[1];
     if (!is_register(left) || right.type != ZYDIS_OPERAND_TYPE_IMMEDIATE) return {};
     if (left.reg.value >= ZYDIS_REGISTER_AH && left.reg.value <= ZYDIS_REGISTER_BH) return {};
     const auto low = low_bits(register_value(state, left.reg.value));
     if (low.kind != Value::Kind::LowBits) return {};
-    return {.valid = true, .of_src = low.low_of_src, .of_dst = low.low_of_dst, .mask = right.imm.value.u};
+    return {.kind = ZeroTest::Kind::Alignment,
+            .of_src = low.low_of_src,
+            .of_dst = low.low_of_dst,
+            .mask = right.imm.value.u};
+  }
+
+  // A whole value compared with zero.
+  ZeroTest null_test(const State& state, const Instruction& instruction) const {
+    const auto& left = instruction.operands[0];
+    if (left.size != 64) return {};
+    const auto value = operand_value(state, left, instruction);
+    const bool is_buffer = value == Value::address(Region::CallersBuffer, 0);
+    if (is_buffer && state.path.buffer == BufferArgument::Untested) return {.kind = ZeroTest::Kind::BufferNull};
+    if (is_buffer) return {.kind = ZeroTest::Kind::Known, .zero = state.path.buffer == BufferArgument::Null};
+    if (is_number(value) && value.exact) return {.kind = ZeroTest::Kind::Known, .zero = value.offset == 0};
+    return {};
+  }
+
+  ZeroTest zero_test(const State& state, const Instruction& instruction) const {
+    switch (instruction.mnemonic()) {
+      case ZYDIS_MNEMONIC_TEST:
+        return same_register(instruction) ? null_test(state, instruction) : alignment_test(state, instruction);
+      case ZYDIS_MNEMONIC_AND: return alignment_test(state, instruction);
+      case ZYDIS_MNEMONIC_CMP: {
+        const auto& right = instruction.operands[1];
+        const bool with_zero = right.type == ZYDIS_OPERAND_TYPE_IMMEDIATE && right.imm.value.u == 0;
+        return with_zero ? null_test(state, instruction) : ZeroTest{};
+      }
+      default: return {};
+    }
   }
 
   // The second operand of a commutative "op r, r" with both the same register.
@@ -403,7 +443,7 @@ class Machine {
     if (instruction.transfer == Transfer::Call) state.upper_dirty = false;
   }
 
-  void flag_effects(State& state, const Instruction& instruction, const AlignmentTest& test) {
+  void flag_effects(State& state, const Instruction& instruction, const ZeroTest& test) {
     const auto* flags = instruction.raw.cpu_flags;
     if (flags != nullptr && (flags->modified | flags->set_0 | flags->set_1 | flags->undefined) != 0) state.test = test;
     if (instruction.transfer == Transfer::Call) state.test = {};
@@ -411,8 +451,7 @@ class Machine {
 
   void step(State& state, std::size_t index) {
     const auto& instruction = code_[index];
-    const bool tests = instruction.mnemonic() == ZYDIS_MNEMONIC_TEST || instruction.mnemonic() == ZYDIS_MNEMONIC_AND;
-    const auto test = tests ? alignment_test(state, instruction) : AlignmentTest{};
+    const auto test = zero_test(state, instruction);
     touch_memory(state, index);
     integer_effects(state, instruction);
     vector_effects(state, instruction);
@@ -425,7 +464,7 @@ class Machine {
   const std::vector<Instruction>& code_;
   const Flow& flow_;
   const std::vector<bool>& allocations_;
-  std::map<std::pair<std::size_t, bool>, State> entry_;
+  std::map<std::pair<std::size_t, Path>, State> entry_;
   Trace trace_;
   bool recording_ = false;
   int stack_alignment_ = 1;
@@ -433,6 +472,14 @@ class Machine {
 };
 
 }  // namespace
+
+const State* Trace::reaching(std::size_t block, bool touched) const {
+  for (const auto& path : kPaths) {
+    if (path.touched != touched) continue;
+    if (const auto found = at_block.find({block, path}); found != at_block.end()) return &found->second;
+  }
+  return nullptr;
+}
 
 Trace run(const std::vector<Instruction>& code, const Flow& flow, const std::vector<bool>& allocations) {
   if (code.empty()) return {};

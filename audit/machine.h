@@ -17,23 +17,35 @@ struct StackSlot {
   auto operator<=>(const StackSlot&) const = default;
 };
 
-// "Zero flag set means the low bits under `mask` of the named pointers are all zero."
-struct AlignmentTest {
-  bool valid = false;
-  bool of_src = false;
+// What a set zero flag means, as far as the last comparison tells.
+struct ZeroTest {
+  enum class Kind { None, Alignment, BufferNull, Known };
+  Kind kind = Kind::None;
+  bool of_src = false;  // Alignment: the low bits under `mask` of src, of dst, of both are zero
   bool of_dst = false;
   std::uint64_t mask = 0;
-  bool operator==(const AlignmentTest&) const = default;
+  bool zero = false;  // Known: whether the flag is set
+  bool operator==(const ZeroTest&) const = default;
+};
+
+enum class BufferArgument : char { Untested, Null, Given };
+
+// What is never joined: states before and after the first access to src or dst, with and without a buffer of the
+// caller's. So what was allocated and what came as an argument stay apart up to the end.
+struct Path {
+  bool touched = false;
+  BufferArgument buffer = BufferArgument::Untested;
+  auto operator<=>(const Path&) const = default;
 };
 
 struct State {
   std::array<Value, 16> registers{};
   std::map<StackSlot, Value> slots;  // only slots that hold something worth knowing
-  AlignmentTest test;
+  ZeroTest test;
   int src_alignment = 1;  // proven by the gate
   int dst_alignment = 1;
-  bool touched = false;  // src or dst was accessed; states before and after that are never joined
-  bool stored = false;   // dst was stored to on some path to here
+  Path path;
+  bool stored = false;  // dst was stored to on some path to here
   bool upper_dirty = false;
   bool operator==(const State&) const = default;
 };
@@ -48,18 +60,21 @@ struct Access {
   bool writes = false;
   bool after_store = false;  // a store to dst may have come before
   int proven_alignment = 1;  // of the address, as far as the machine knows
+  bool operator==(const Access&) const = default;
 };
 
 // What the machine saw while running the whole function.
 struct Trace {
-  // On reaching a block, by block index and by whether src or dst was accessed before.
-  std::map<std::pair<std::size_t, bool>, State> at_block;
-  // Before each jump, call and return that is reached, by instruction index; twice where both kinds of paths meet.
+  std::map<std::pair<std::size_t, Path>, State> at_block;  // on reaching a block, by block index and kind of path
+  // Before each jump, call and return that is reached, by instruction index; once for each kind of path.
   std::vector<std::pair<std::size_t, State>> before_transfer;
   std::vector<bool> reached;     // per instruction
-  std::vector<Access> accesses;  // in the order of execution
+  std::vector<Access> accesses;  // in the order of execution; twice where paths differ in it
   std::int64_t deepest = 0;      // lowest stack offset from entry that is allocated or touched, worst case
   bool stack_lost = false;       // the stack pointer became unknown somewhere
+
+  // The state in which a block is reached before, or after, the first access; null if it never is.
+  [[nodiscard]] const State* reaching(std::size_t block, bool touched) const;
 };
 
 // `allocations` are the call instructions whose result is a work buffer.

@@ -12,11 +12,6 @@ int grain_of(std::int64_t offset) {
   return static_cast<int>(std::min<std::uint64_t>(lowest, kLargestGrain));
 }
 
-bool is_own_or_null(const Value& value) {
-  const bool is_null = is_number(value) && value.exact && value.offset == 0;
-  return is_null || (value.region == Region::OwnBuffer && value.exact && value.offset == 0);
-}
-
 }  // namespace
 
 int grain_of(const Value& value) { return value.exact ? grain_of(value.offset) : value.grain; }
@@ -48,15 +43,9 @@ Value sum(const Value& a, const Value& b, int scale) {
 
 Value joined(const Value& a, const Value& b) {
   if (a == b) return a;
-  if (is_own_or_null(a) && is_own_or_null(b)) {
-    auto own = Value::address(Region::OwnBuffer, 0);
-    own.or_null = true;
-    return own;
-  }
   if (is_address(a) && is_address(b) && is_buffer(a.region) && is_buffer(b.region) && a.region != b.region) {
     auto either_a = a, either_b = b;
     either_a.region = either_b.region = Region::WorkBuffer;
-    either_a.or_null = either_b.or_null = false;
     return joined(either_a, either_b);
   }
   const bool alike = a.kind == b.kind && a.region == b.region && (is_address(a) || is_number(a));

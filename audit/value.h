@@ -28,7 +28,6 @@ struct Value {
   bool exact = false;       // Address, Constant: the offset or value is known
   std::int64_t offset = 0;  // Address: offset into the region; Constant: its value
   int grain = 1;            // inexact: a power of two that divides every offset or value it may have
-  bool or_null = false;     // OwnBuffer: null on some paths to here, where nothing was allocated
   bool low_of_src = false;  // LowBits: the low bits are those of src, of dst, or of src | dst
   bool low_of_dst = false;
 
