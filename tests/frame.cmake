@@ -19,9 +19,32 @@ add_custom_command(
   OUTPUT ${recorded}/recorders.cpp
   COMMAND frame_recorder_writer ${functions_tsv} ${recorded}/recorders.cpp
   DEPENDS frame_recorder_writer ${functions_tsv} VERBATIM)
-xfm_add_test(frame_dispatch_test LABEL frame
-  SOURCES frame_dispatch_test.cpp ${recorded}/xfm.h ${recorded}/dispatchers.cpp ${recorded}/recorders.cpp)
+add_library(frame_dispatch_cases OBJECT frame_dispatch_test.cpp ${recorded}/xfm.h ${recorded}/recorders.cpp)
+target_compile_options(frame_dispatch_cases PRIVATE -Wall -Wextra)
+target_include_directories(frame_dispatch_cases BEFORE PRIVATE ${recorded} ${CMAKE_SOURCE_DIR})
+xfm_add_test(frame_dispatch_test LABEL frame SOURCES ${recorded}/dispatchers.cpp LIBRARIES frame_dispatch_cases)
 target_include_directories(frame_dispatch_test BEFORE PRIVATE ${recorded})
+
+# The same cases over faulty dispatchers must fail.
+function(frame_dispatch_fault fault edit)
+  set(source ${recorded}/faulty_${fault}.cpp)
+  add_custom_command(
+    OUTPUT ${source}
+    COMMAND ${CMAKE_COMMAND} -DINPUT=${recorded}/dispatchers.cpp "-DEDIT=${edit}" -DOUTPUT=${source}
+      -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/edit.cmake
+    DEPENDS ${recorded}/dispatchers.cpp ${CMAKE_CURRENT_SOURCE_DIR}/scripts/edit.cmake VERBATIM)
+  add_executable(frame_dispatch_fault_${fault} ${source})
+  target_include_directories(frame_dispatch_fault_${fault} BEFORE PRIVATE ${recorded})
+  target_link_libraries(frame_dispatch_fault_${fault} PRIVATE frame_dispatch_cases GTest::gtest GTest::gtest_main)
+  xfm_add_script_test(frame_dispatch_fault_${fault} frame bash -c "! $<TARGET_FILE:frame_dispatch_fault_${fault}>")
+endfunction()
+frame_dispatch_fault(one_size_more "s/entry > 62u/entry > 63u/")
+frame_dispatch_fault(signed_range "s/const unsigned entry/const int entry/;s/entry > 12u/entry > 12/")
+frame_dispatch_fault(neighbour "s/    xfmgHartley_17_64f,/    xfmgHartley_18_64f,/")
+frame_dispatch_fault(other_layout "s/    xfmgDFTInv_PackToR_8_32f,/    xfmgDFTInv_PermToR_8_32f,/")
+frame_dispatch_fault(pointer_first "s/  const unsigned entry/  if (!src) return xfmStatusNullPointer;&/")
+frame_dispatch_fault(buffer_lost "s/flag, buffer)/flag, nullptr)/")
+frame_dispatch_fault(flag_masked "s/(src, dst, flag)/(src, dst, flag % 16)/")
 
 xfm_add_test(frame_library_test LABEL frame SOURCES frame_library_test.cpp LIBRARIES xfm_generator xfmgene9 xfmcorex64 dl)
 
