@@ -12,6 +12,8 @@
 //   floor ns, x      lower bound of the kernel's plan in its working form (floors.tsv) at the clock of this run, ns to it
 //   port ns, x       the same for the operations of the body as generated, shuffles included (complex kernels)
 //   against, x       of a second build of the library in the same rounds, ns to it
+//   chain ns         the longest chain of dependent operations of one transform (real kernels, chains.tsv)
+//   conv, spills, reloads   conversions, stores to and loads from the frame in the compiled body (the audit's report)
 //
 // FILE gets the same table with tabs; without --out it stands among the reports of the build.
 #include <dlfcn.h>
@@ -43,7 +45,8 @@ struct Settings {
   void* against = nullptr;
   size_t offset = 0;
   std::ofstream out;
-  std::map<std::string, double> floors, ports;  // cycles by kernel
+  std::map<std::string, double> floors, ports, chains;  // cycles by kernel
+  std::map<std::string, xfm::TableRow> bodies;          // the audit's account of the compiled bodies
 };
 
 Transform transform_of(const std::string& family) {
@@ -55,7 +58,8 @@ Transform transform_of(const std::string& family) {
 
 struct Line {
   std::string kernel, rival;
-  double ns = 0, measure = 0, patient = 0, ratio = 0, floor = 0, x_floor = 0, port = 0, x_port = 0, against = 0, x_against = 0;
+  double ns = 0, measure = 0, patient = 0, ratio = 0, floor = 0, x_floor = 0, port = 0, x_port = 0, against = 0, x_against = 0, chain = 0,
+         conversions = 0, spills = 0, reloads = 0;
 };
 
 // A column without a value is a dash.
@@ -78,7 +82,8 @@ void print(std::ofstream& out, const std::vector<std::string>& cells) {
 
 void print(std::ofstream& out, const Line& l) {
   print(out, {l.kernel, cell(l.ns, 2), cell(l.measure, 2), cell(l.patient, 2), l.rival, cell(l.ratio, 3), cell(l.floor, 2),
-              cell(l.x_floor, 2), cell(l.port, 2), cell(l.x_port, 2), cell(l.against, 2), cell(l.x_against, 3)});
+              cell(l.x_floor, 2), cell(l.port, 2), cell(l.x_port, 2), cell(l.against, 2), cell(l.x_against, 3),
+              cell(l.chain, 1), cell(l.conversions, 0), cell(l.spills, 0), cell(l.reloads, 0)});
 }
 
 template <class T>
@@ -140,6 +145,12 @@ class Entry {
       line.floor = found->second * ns_per_cycle, line.x_floor = line.ns / line.floor;
     if (const auto found = settings.ports.find(f_.name); found != settings.ports.end())
       line.port = found->second * ns_per_cycle, line.x_port = line.ns / line.port;
+    if (const auto found = settings.chains.find(f_.name); found != settings.chains.end()) line.chain = found->second * ns_per_cycle;
+    if (const auto found = settings.bodies.find(f_.name); found != settings.bodies.end()) {
+      line.conversions = found->second.integer("widen") + found->second.integer("narrow");
+      line.spills = found->second.integer("spills");
+      line.reloads = found->second.integer("reloads");
+    }
     return line;
   }
 
@@ -211,20 +222,29 @@ void summarise(std::ofstream& out, const std::string& dispatcher, const std::vec
   out << text << "\n";
 }
 
-std::map<std::string, double> read_floors() {
+// Cycles by kernel, from a table with a row for each length and a column for each dispatcher; the layouts share theirs (they
+// differ in a store or two of the smallest lengths). Dispatchers without a column are left out.
+std::map<std::string, double> read_cycles(const char* path) {
   std::map<std::string, double> cycles;
   const xfm::FunctionList list = xfm::FunctionList::read(XFM_FUNCTIONS);
-  const xfm::Table table = read_table(XFM_FLOORS);
+  const xfm::Table table = read_table(path);
   for (const xfm::Function& f : list.functions()) {
-    if (f.kind != xfm::FunctionKind::Dispatcher || (f.part != "dft" && f.part != "rdft")) continue;
-    // The layouts differ in a store or two of the smallest lengths.
+    if (f.kind != xfm::FunctionKind::Dispatcher) continue;
     const std::string column = std::regex_replace(f.name, std::regex("Pack|Perm"), "CCS");
-    for (const xfm::TableRow& row : table.rows()) {
-      const std::string name = f.family + "_" + row["N"] + "_" + f.type;
-      cycles[name] = std::stod(row[column]);
-    }
+    for (const xfm::TableRow& row : table.rows())
+      if (row.has(column)) cycles[f.family + "_" + row["N"] + "_" + f.type] = std::stod(row[column]);
   }
   return cycles;
+}
+
+// The audit's rows by function; of a kernel with two bodies the first. Empty before the audit has run.
+std::map<std::string, xfm::TableRow> read_bodies() {
+  const std::filesystem::path path = std::string(XFM_REPORTS) + "/audit_bodies.tsv";
+  std::map<std::string, xfm::TableRow> bodies;
+  if (!std::filesystem::exists(path)) return bodies;
+  const xfm::Table report = read_table(path);
+  for (const xfm::TableRow& row : report.rows()) bodies.emplace(row["function"], row);
+  return bodies;
 }
 
 // The cycles for which the generated body of a complex kernel keeps the busiest port, where its generator tells.
@@ -241,7 +261,8 @@ std::map<std::string, double> read_ports() {
 
 void run(Settings& settings) {
   const xfm::FunctionList list = xfm::FunctionList::read(XFM_FUNCTIONS);
-  print(settings.out, {"kernel", "ns", "MEASURE", "PATIENT", "rival", "ratio", "floor ns", "x floor", "port ns", "x port", "against", "x"});
+  print(settings.out, {"kernel", "ns", "MEASURE", "PATIENT", "rival", "ratio", "floor ns", "x floor", "port ns", "x port", "against", "x",
+                       "chain ns", "conv", "spills", "reloads"});
   bool any = false;
   for (const xfm::Function& f : list.functions()) {
     if (f.kind != xfm::FunctionKind::Dispatcher || (f.part != "dft" && f.part != "rdft") || !std::regex_search(f.name, settings.only))
@@ -277,7 +298,9 @@ void program(int argc, char** argv) {
     settings.against = dlopen(options["against"].c_str(), RTLD_NOW | RTLD_LOCAL);
     if (settings.against == nullptr) throw xfm::InputError(dlerror());
   }
-  settings.floors = read_floors();
+  settings.floors = read_cycles(XFM_FLOORS);
+  settings.chains = read_cycles(XFM_CHAINS);
+  settings.bodies = read_bodies();
   settings.ports = read_ports();
   settings.out.open(options["out"]);
   if (!settings.out) throw xfm::InputError("cannot write " + options["out"]);

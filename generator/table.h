@@ -19,6 +19,7 @@ class TableRow {
  public:
   // The cell under a column; asking for a column the table was not read with is a bug.
   [[nodiscard]] const std::string& operator[](std::string_view column) const;
+  [[nodiscard]] bool has(std::string_view column) const { return cells_.contains(column); }
   // The cell as a decimal integer; anything else is bad input.
   [[nodiscard]] int integer(std::string_view column) const;
   [[nodiscard]] int line() const { return line_; }
