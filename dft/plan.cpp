@@ -1,6 +1,8 @@
 #include "dft/plan.h"
 
+#include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <numeric>
 
 #include "generator/check.h"
@@ -8,6 +10,8 @@
 namespace xfm {
 
 namespace {
+
+constexpr int kLongest = 1024;  // of a block; far above all tables
 
 class Parser {
  public:
@@ -34,6 +38,14 @@ class Parser {
     std::string token = peek();
     at_ += token.size();
     return token;
+  }
+
+  // The number that begins at a position of a token.
+  int number(const std::string& token, size_t start) const {
+    int value = 0;
+    const auto [end, error] = std::from_chars(token.data() + start, token.data() + token.size(), value);
+    if (error != std::errc() || value < 2 || value > kLongest) fail("no length of a block in '" + token + "'");
+    return value;
   }
 
   void expect(const std::string& token) {
@@ -73,9 +85,10 @@ class Parser {
     if (token == "halves") return pair(Plan::Kind::Halves);
     if (token == "rows") return pair(Plan::Kind::Rows);
     if (token.size() > 1 && token[0] == 'R' && std::isdigit(static_cast<unsigned char>(token[1])))
-      return {Plan::Kind::NamedRader, std::stoi(token.substr(1)), token, {}};
+      return {Plan::Kind::NamedRader, number(token, 1), token, {}};
     if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) fail("expected a block, found '" + token + "'");
-    return {Plan::Kind::Block, std::stoi(token), "", {}};
+    if (!std::all_of(token.begin(), token.end(), [](unsigned char c) { return std::isdigit(c); })) fail("no block is named '" + token + "'");
+    return {Plan::Kind::Block, number(token, 0), "", {}};
   }
 
   const std::string& text_;

@@ -1,5 +1,7 @@
 #include "dft/tables.h"
 
+#include <charconv>
+
 #include "generator/check.h"
 #include "generator/table.h"
 
@@ -9,14 +11,18 @@ namespace {
 
 constexpr int kSmallest = 2, kLargest = 64;
 
-Plan plan_in(const TableRow& row, std::string_view column, int length) {
+Plan plan_in(const TableRow& row, std::string_view column) {
   try {
-    Plan plan = parse_plan(row[column]);
-    if (plan.length != length) row.fail("plan '" + row[column] + "' has length " + std::to_string(plan.length));
-    return plan;
+    return parse_plan(row[column]);
   } catch (const InputError& error) {
     row.fail(error.what());
   }
+}
+
+Plan plan_in(const TableRow& row, std::string_view column, int length) {
+  Plan plan = plan_in(row, column);
+  if (plan.length != length) row.fail("plan '" + row[column] + "' has length " + std::to_string(plan.length));
+  return plan;
 }
 
 BlockForm form_named(const TableRow& row, const std::string& name) {
@@ -33,7 +39,10 @@ BlockForms forms_in(const TableRow& row) {
   for (const std::string& entry : split(row["forms"], ' ')) {
     const size_t colon = entry.find(':'), slash = entry.find('/');
     if (colon == std::string::npos || slash == std::string::npos || slash < colon) row.fail("forms are written p:first/other");
-    forms.special[std::stoi(entry.substr(0, colon))] = {form_named(row, entry.substr(colon + 1, slash - colon - 1)),
+    int prime = 0;
+    const auto [end, error] = std::from_chars(entry.data(), entry.data() + colon, prime);
+    if (error != std::errc() || end != entry.data() + colon) row.fail("forms are written p:first/other");
+    forms.special[prime] = {form_named(row, entry.substr(colon + 1, slash - colon - 1)),
                                                         form_named(row, entry.substr(slash + 1))};
   }
   return forms;
@@ -51,11 +60,7 @@ ComplexPlan method_in(const TableRow& row, int length) {
     plan.plan = plan_in(row, "runs", length - 1);
   } else if (name == "bluestein") {
     plan.method = ComplexPlan::Method::Bluestein;
-    try {
-      plan.plan = parse_plan(row["runs"]);
-    } catch (const InputError& error) {
-      row.fail(error.what());
-    }
+    plan.plan = plan_in(row, "runs");
     if (plan.plan.length < 2 * length - 1) row.fail("a chirp convolution is at least twice the length");
   } else {
     plan.plan = plan_in(row, "plan", length);
@@ -75,6 +80,34 @@ void read_counts(const TableRow& row, ComplexRow& out) {
   const auto near = [](int built, int reference) { return built <= reference + reference / 100; };
   if (!near(out.built.additions, out.reference.additions) || !near(out.built.multiplications, out.reference.multiplications))
     row.fail("the built counts exceed the reference by more than a hundredth");
+}
+
+void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
+  if (plan.parts.empty()) blocks.push_back(&plan);
+  for (const Plan& part : plan.parts) collect_blocks(part, blocks);
+}
+
+// Blocks of real-lane recipes that are called by a name.
+void check_named_blocks(const TableRow& row, const Plan& plan, const Recipes& recipes) {
+  std::vector<const Plan*> blocks;
+  collect_blocks(plan, blocks);
+  for (const Plan* b : blocks)
+    if (b->kind == Plan::Kind::NamedRader && !recipes.by_name.contains(b->name)) row.fail("no block has the name " + b->name);
+}
+
+// Every prime block of a row's plan can be made in the forms that it takes.
+void check_recipes(const ComplexRow& row, const Recipes& recipes) {
+  const auto check_form = [&](int p, BlockForm form) {
+    const bool made = form == BlockForm::Direct || (form == BlockForm::RealLane ? recipes.by_prime.contains(p) : recipes.rader_inner.contains(p));
+    if (!made) throw InputError(row.where + ": '" + row.text + "' has a block of length " + std::to_string(p) + ", and no table says how it is made");
+  };
+  if (row.plan.method == ComplexPlan::Method::RealLane) check_form(row.plan.length, BlockForm::RealLane);
+  if (row.plan.method == ComplexPlan::Method::RealLane || row.plan.method == ComplexPlan::Method::Direct) return;
+  std::vector<const Plan*> blocks;
+  collect_blocks(row.plan.plan, blocks);
+  for (const Plan* b : blocks)
+    if (b->length != 2 && b->length != 4)
+      for (const bool first_stage : {true, false}) check_form(b->length, row.plan.forms.of(b->length, first_stage));
 }
 
 }  // namespace
@@ -103,13 +136,16 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
     for (int precision : {32, 64}) {
       Recipes& recipes = tables.recipes[precision];
       if (row["block"] != "-") {
-        recipes.by_name.emplace(row["block"], recipe);
+        if (!recipes.by_name.emplace(row["block"], recipe).second) row.fail("a second block of this name");
       } else if (row.integer("precision") == precision) {
-        recipes.by_prime.emplace(prime, recipe);
+        if (!recipes.by_prime.emplace(prime, recipe).second) row.fail("a second block of this prime");
       }
       recipes.rader_inner[13] = tables.row(32, 12).plan.plan;
     }
   }
+  for (const TableRow& row : blocks.rows())
+    for (const char* column : {"first", "second"}) check_named_blocks(row, parse_plan(row[column]), tables.recipes.at(64));
+  for (const auto& [key, row] : tables.rows) check_recipes(row, tables.recipes.at(key.first));
   return tables;
 }
 

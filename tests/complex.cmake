@@ -31,3 +31,10 @@ complex_fault(flags-are-bits complex_memory_test ComplexMemory.BadArgumentsTouch
 complex_fault(flag-before-null complex_memory_test ComplexMemory.BadArgumentsTouchNothing/DFTInv_CToC_64fc)
 complex_fault(looks-before-the-flag complex_memory_test ComplexMemory.BadArgumentsTouchNothing/DFTInv_CToC_64fc)
 complex_fault(status-of-a-misaligned-null complex_memory_test ComplexMemory.BadArgumentsTouchNothing/DFTInv_CToC_64fc)
+
+# Bad rows in the plan tables, given to the generator itself.
+xfm_add_test(complex_plans_test LABEL complex SOURCES complex_plans_test.cpp LIBRARIES xfm_generator)
+target_compile_definitions(complex_plans_test PRIVATE
+  XFM_PLANS="${CMAKE_SOURCE_DIR}/plans" XFM_GEN_DFT="$<TARGET_FILE:gen_dft>")
+target_compile_options(complex_plans_test PRIVATE -Wno-restrict)
+add_dependencies(complex_plans_test gen_dft)

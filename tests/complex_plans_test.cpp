@@ -1,0 +1,168 @@
+// Bad rows in the plan tables of the complex transforms, given to the generator as it is run by the build: it names the file
+// and the line, says why, and leaves nothing behind.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "generator/table.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A table as lines of cells.
+class Lines {
+ public:
+  explicit Lines(const fs::path& path) {
+    std::ifstream in(path);
+    for (std::string line; std::getline(in, line);) lines_.push_back(xfm::split(line, '\t'));
+  }
+  // The line that begins with these cells.
+  size_t find(const std::vector<std::string>& cells) const {
+    for (size_t i = 0; i < lines_.size(); ++i)
+      if (lines_[i].size() >= cells.size() && std::equal(cells.begin(), cells.end(), lines_[i].begin())) return i;
+    throw std::runtime_error("no row " + cells.at(0));
+  }
+  std::vector<std::string>& operator[](size_t line) { return lines_.at(line); }
+  void erase(size_t line) { lines_.erase(lines_.begin() + static_cast<long>(line)); }
+  void repeat(size_t line) { lines_.insert(lines_.begin() + static_cast<long>(line), lines_.at(line)); }
+  void write(const fs::path& path) const {
+    std::ofstream out(path);
+    for (const auto& cells : lines_)
+      for (size_t i = 0; i < cells.size(); ++i) out << cells[i] << (i + 1 == cells.size() ? "\n" : "\t");
+  }
+
+ private:
+  std::vector<std::vector<std::string>> lines_;
+};
+
+class ComplexPlans : public testing::Test {
+ protected:
+  ComplexPlans() {
+    std::string name = (fs::temp_directory_path() / "xfm_plans_XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+  }
+  ~ComplexPlans() override { fs::remove_all(folder_); }
+
+  // Exit code; what was said is in `said_`.
+  int generate() {
+    plans_.write(folder_ / "plans.tsv");
+    blocks_.write(folder_ / "blocks.tsv");
+    const std::string in = folder_.string() + "/";
+    const std::string command = std::string(XFM_GEN_DFT) + " " + XFM_FUNCTIONS + " " + in + "plans.tsv " + in + "blocks.tsv " + in +
+                                "out/report.tsv xfmgDFTFwd_CToC_32fc " + in + "out/unit.cpp 2>" + in + "said";
+    fs::create_directory(folder_ / "out");
+    const int status = std::system(command.c_str());
+    std::ostringstream said;
+    said << std::ifstream(folder_ / "said").rdbuf();
+    said_ = said.str();
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  void expect_refused(const std::string& what, const std::string& where, const std::string& why) {
+    EXPECT_EQ(generate(), 1) << what << ": " << said_;
+    EXPECT_NE(said_.find(where), std::string::npos) << what << ": expected " << where << ", got " << said_;
+    EXPECT_NE(said_.find(why), std::string::npos) << what << ": expected " << why << ", got " << said_;
+    EXPECT_TRUE(fs::is_empty(folder_ / "out")) << what;
+  }
+
+  void reset() { plans_ = Lines(fs::path(XFM_PLANS) / "complex_plans.tsv"), blocks_ = Lines(fs::path(XFM_PLANS) / "lane_blocks.tsv"); }
+
+  fs::path folder_;
+  Lines plans_{fs::path(XFM_PLANS) / "complex_plans.tsv"}, blocks_{fs::path(XFM_PLANS) / "lane_blocks.tsv"};
+  std::string said_;
+};
+
+TEST_F(ComplexPlans, TheTablesThemselvesAreAccepted) {
+  EXPECT_EQ(generate(), 0) << said_;
+  EXPECT_TRUE(fs::exists(folder_ / "out/unit.cpp") && fs::exists(folder_ / "out/report.tsv"));
+}
+
+TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
+  enum Column { kLength, kPrecision, kPlan, kRuns, kForms, kA, kM, kBuiltA };
+  struct Case {
+    const char* length;
+    Column column;
+    const char *value, *why;
+  };
+  const Case cases[] = {
+      {"6", kLength, "six", "not an integer"},
+      {"64", kLength, "65", "out of range"},
+      {"6", kPrecision, "16", "precision is 32 or 64"},
+      {"6", kPlan, "2 pf 5", "has length 10"},
+      {"8", kPlan, "4 pf 2", "coprime"},
+      {"64", kPlan, "(4 ct 4 ct 4", "expected ')'"},
+      {"64", kPlan, "(4 ct 4)) ct 4", "text behind the plan"},
+      {"6", kPlan, "2 xx 3", "text behind the plan"},
+      {"6", kPlan, "", "expected a block"},
+      {"6", kPlan, "0 pf 6", "no length of a block in '0'"},
+      {"6", kPlan, "99999999999 pf 6", "no length of a block"},
+      {"6", kPlan, "2 pf 3p", "no block is named '3p'"},
+      {"6", kPlan, "rows(6; 3)", "do not fit together"},
+      {"6", kPlan, "6", "takes 32 additions"},  // as if 6 were a prime
+      {"9", kPlan, "real-lane", "no table says how it is made"},
+      {"9", kPlan, "rader", "expected a block"},  // its inner plan is missing
+      {"47", kRuns, "8", "at least twice the length"},
+      {"10", kForms, "5", "forms are written"},
+      {"10", kForms, "x:lane/direct", "forms are written"},
+      {"10", kForms, "5:lane/quick", "unknown form of a block 'quick'"},
+      {"10", kForms, "5:rader/rader", "no table says how it is made"},
+      {"6", kForms, "3:lane/lane", "no table says how it is made"},
+      {"15", kA, "157", "takes 156 additions and 68 multiplications, the row has 157 and 68"},
+      {"15", kM, "many", "not an integer"},
+      {"15", kBuiltA, "156", "not an integer"},  // a departure is told in full
+  };
+  for (const Case& c : cases) {
+    reset();
+    const size_t line = plans_.find({c.length, "32"});
+    plans_[line][c.column] = c.value;
+    expect_refused(std::string("N = ") + c.length + " with " + c.value, "plans.tsv:" + std::to_string(line + 1) + ": ", c.why);
+  }
+}
+
+TEST_F(ComplexPlans, BadBlocksAreRefusedWithTheirLine) {
+  enum Column { kPrime = 2, kFirst, kSecond, kMiddleRow };
+  struct Case {
+    Column column;
+    const char *value, *why;
+  };
+  const Case cases[] = {{kPrime, "p", "not an integer"},
+                        {kPrime, "15", "has length 12"},
+                        {kFirst, "5", "has length 5"},
+                        {kSecond, "R3 pf 4", "no block has the name R3"},
+                        {kSecond, "R", "expected a block"},
+                        {kMiddleRow, "odd", "real or complex"}};
+  for (const Case& c : cases) {
+    reset();
+    const size_t line = blocks_.find({"-", "32", "13"});
+    blocks_[line][c.column] = c.value;
+    expect_refused(c.value, "blocks.tsv:" + std::to_string(line + 1) + ": ", c.why);
+  }
+}
+
+TEST_F(ComplexPlans, RowsAreCompleteAndSingle) {
+  const size_t line = plans_.find({"30", "32"});
+  plans_.repeat(line);
+  expect_refused("a row twice", "plans.tsv:" + std::to_string(line + 2) + ": ", "second row");
+  reset();
+  plans_.erase(line);
+  expect_refused("a row less", "plans.tsv: ", "no row for length 30, precision 32");
+  reset();
+  plans_[line].resize(3);
+  expect_refused("a row cut short", "plans.tsv:" + std::to_string(line + 1) + ": ", "3 cells");
+  reset();
+  const size_t block = blocks_.find({"-", "32", "13"});
+  blocks_.repeat(block);
+  expect_refused("a block twice", "blocks.tsv:" + std::to_string(block + 2) + ": ", "second block");
+  reset();
+  blocks_.erase(block);
+  expect_refused("a block less", "plans.tsv:", "a block of length 13, and no table says how it is made");
+}
+
+}  // namespace
