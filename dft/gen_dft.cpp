@@ -40,12 +40,14 @@ void generate(int argc, char** argv) {
   const std::vector<std::string> choice = split(argv[5], ':');
   const std::optional<Form> only = choice.size() > 1 ? std::optional(form_named(choice[1])) : std::nullopt;
   const FunctionList list = FunctionList::read(argv[1]);
+  const std::vector<const Function*> kernels = list.kernels(choice[0]);
+  if (kernels.empty() || kernels[0]->part != "dft") throw InputError("no complex kernels under '" + choice[0] + "'");
   const ComplexTables tables = ComplexTables::read(argv[2], argv[3]);
   const std::filesystem::path output = argv[6];
 
   std::string text = unit_head(output.stem(), "gen_dft");
   std::string report = "name\tplan\tform\tA\tM\ttable A\ttable M\tadds\tmuls\tshuffles\tloads\tstores\tport cycles\treason\n";
-  for (const Function* f : list.kernels(choice[0])) {
+  for (const Function* f : kernels) {
     const int precision = f->type == "32fc" ? 32 : 64;
     const ComplexRow& row = tables.row(precision, f->size);
     const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, only);

@@ -57,6 +57,7 @@ class Parser {
     for (std::string link = peek(); link == "ct" || link == "pf"; link = peek()) {
       take();
       Plan right = atom();
+      if (right.length > kLongest * kLongest / plan.length) fail("too long");
       const bool pf = link == "pf";
       if (pf && std::gcd(plan.length, right.length) != 1) fail("the parts of 'pf' must be coprime");
       plan = {pf ? Plan::Kind::GoodThomas : Plan::Kind::CooleyTukey, plan.length * right.length, "", {plan, right}};

@@ -25,6 +25,13 @@ Plan plan_in(const TableRow& row, std::string_view column, int length) {
   return plan;
 }
 
+bool is_odd_prime(int n) {
+  if (n < 3 || n % 2 == 0) return false;
+  for (int d = 3; d * d <= n; d += 2)
+    if (n % d == 0) return false;
+  return true;
+}
+
 BlockForm form_named(const TableRow& row, const std::string& name) {
   if (name == "direct") return BlockForm::Direct;
   if (name == "lane") return BlockForm::RealLane;
@@ -66,6 +73,7 @@ ComplexPlan method_in(const TableRow& row, int length) {
     plan.plan = plan_in(row, "plan", length);
     if (row["runs"] != "-") plan.plan = plan_in(row, "runs", length);
   }
+  if (plan.method != ComplexPlan::Method::Linked && !is_odd_prime(length)) row.fail(std::to_string(length) + " is not an odd prime");
   return plan;
 }
 
@@ -87,12 +95,17 @@ void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
   for (const Plan& part : plan.parts) collect_blocks(part, blocks);
 }
 
-// Blocks of real-lane recipes that are called by a name.
-void check_named_blocks(const TableRow& row, const Plan& plan, const Recipes& recipes) {
+// A block without a name is a butterfly or a prime.
+bool has_form(int length) { return length == 2 || length == 4 || is_odd_prime(length); }
+
+// Blocks of real-lane recipes: direct, or called by a name.
+void check_lane_blocks(const TableRow& row, const Plan& plan, const Recipes& recipes) {
   std::vector<const Plan*> blocks;
   collect_blocks(plan, blocks);
-  for (const Plan* b : blocks)
+  for (const Plan* b : blocks) {
     if (b->kind == Plan::Kind::NamedRader && !recipes.by_name.contains(b->name)) row.fail("no block has the name " + b->name);
+    if (b->kind == Plan::Kind::Block && !has_form(b->length)) row.fail("no block has the length " + std::to_string(b->length));
+  }
 }
 
 // Every prime block of a row's plan can be made in the forms that it takes.
@@ -105,9 +118,12 @@ void check_recipes(const ComplexRow& row, const Recipes& recipes) {
   if (row.plan.method == ComplexPlan::Method::RealLane || row.plan.method == ComplexPlan::Method::Direct) return;
   std::vector<const Plan*> blocks;
   collect_blocks(row.plan.plan, blocks);
-  for (const Plan* b : blocks)
+  for (const Plan* b : blocks) {
+    if (b->kind != Plan::Kind::Block || !has_form(b->length))
+      throw InputError(row.where + ": '" + row.text + "' has the block " + to_text(*b) + ", which a complex plan cannot have");
     if (b->length != 2 && b->length != 4)
       for (const bool first_stage : {true, false}) check_form(b->length, row.plan.forms.of(b->length, first_stage));
+  }
 }
 
 }  // namespace
@@ -131,6 +147,7 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
   const Table blocks = Table::read(lane_blocks, {"block", "precision", "prime", "first", "second", "middle row"});
   for (const TableRow& row : blocks.rows()) {
     const int prime = row.integer("prime");
+    if (!is_odd_prime(prime)) row.fail(std::to_string(prime) + " is not an odd prime");
     if (row["middle row"] != "real" && row["middle row"] != "complex") row.fail("a middle row is real or complex");
     LaneRecipe recipe{plan_in(row, "first", prime - 1), plan_in(row, "second", prime - 1), row["middle row"] == "complex"};
     for (int precision : {32, 64}) {
@@ -144,7 +161,7 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
     }
   }
   for (const TableRow& row : blocks.rows())
-    for (const char* column : {"first", "second"}) check_named_blocks(row, parse_plan(row[column]), tables.recipes.at(64));
+    for (const char* column : {"first", "second"}) check_lane_blocks(row, parse_plan(row[column]), tables.recipes.at(64));
   for (const auto& [key, row] : tables.rows) check_recipes(row, tables.recipes.at(key.first));
   return tables;
 }

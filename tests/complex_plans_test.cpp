@@ -55,8 +55,8 @@ class ComplexPlans : public testing::Test {
     plans_.write(folder_ / "plans.tsv");
     blocks_.write(folder_ / "blocks.tsv");
     const std::string in = folder_.string() + "/";
-    const std::string command = std::string(XFM_GEN_DFT) + " " + XFM_FUNCTIONS + " " + in + "plans.tsv " + in + "blocks.tsv " + in +
-                                "out/report.tsv xfmgDFTFwd_CToC_32fc " + in + "out/unit.cpp 2>" + in + "said";
+    const std::string command = std::string("timeout 20 ") + XFM_GEN_DFT + " " + XFM_FUNCTIONS + " " + in + "plans.tsv " + in + "blocks.tsv " + in +
+                                "out/report.tsv " + dispatcher_ + " " + in + "out/unit.cpp 2>" + in + "said";
     fs::create_directory(folder_ / "out");
     const int status = std::system(command.c_str());
     std::ostringstream said;
@@ -76,7 +76,7 @@ class ComplexPlans : public testing::Test {
 
   fs::path folder_;
   Lines plans_{fs::path(XFM_PLANS) / "complex_plans.tsv"}, blocks_{fs::path(XFM_PLANS) / "lane_blocks.tsv"};
-  std::string said_;
+  std::string said_, dispatcher_ = "xfmgDFTFwd_CToC_32fc";
 };
 
 TEST_F(ComplexPlans, TheTablesThemselvesAreAccepted) {
@@ -105,8 +105,11 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"6", kPlan, "99999999999 pf 6", "no length of a block"},
       {"6", kPlan, "2 pf 3p", "no block is named '3p'"},
       {"6", kPlan, "rows(6; 3)", "do not fit together"},
-      {"6", kPlan, "6", "takes 32 additions"},  // as if 6 were a prime
-      {"9", kPlan, "real-lane", "no table says how it is made"},
+      {"6", kPlan, "6", "has the block 6"},
+      {"10", kPlan, "R5 pf 2", "has the block R5"},  // a name of the real-lane plans
+      {"9", kPlan, "real-lane", "9 is not an odd prime"},
+      {"9", kPlan, "direct", "9 is not an odd prime"},
+      {"7", kPlan, "real-lane", "no table says how it is made"},
       {"9", kPlan, "rader", "expected a block"},  // its inner plan is missing
       {"47", kRuns, "8", "at least twice the length"},
       {"10", kForms, "5", "forms are written"},
@@ -133,7 +136,9 @@ TEST_F(ComplexPlans, BadBlocksAreRefusedWithTheirLine) {
     const char *value, *why;
   };
   const Case cases[] = {{kPrime, "p", "not an integer"},
-                        {kPrime, "15", "has length 12"},
+                        {kPrime, "15", "15 is not an odd prime"},
+                        {kPrime, "17", "has length 12"},
+                        {kFirst, "6 ct 2", "no block has the length 6"},
                         {kFirst, "5", "has length 5"},
                         {kSecond, "R3 pf 4", "no block has the name R3"},
                         {kSecond, "R", "expected a block"},
@@ -163,6 +168,49 @@ TEST_F(ComplexPlans, RowsAreCompleteAndSingle) {
   reset();
   blocks_.erase(block);
   expect_refused("a block less", "plans.tsv:", "a block of length 13, and no table says how it is made");
+}
+
+// A departure is stated in full, with its reason, and goes up by at most a hundredth.
+TEST_F(ComplexPlans, DeparturesFromTheReference) {
+  struct Case {
+    const char *a, *m, *built_a, *built_m, *reason, *why;
+  };
+  const Case cases[] = {{"160", "68", "156", "68", "-", "needs its reason"},
+                        {"154", "68", "156", "68", "as if it were so", "exceed the reference by more than a hundredth"},
+                        {"156", "67", "156", "68", "as if it were so", "exceed the reference by more than a hundredth"},
+                        {"160", "68", "157", "68", "as if it were so", "takes 156 additions and 68 multiplications"}};
+  const size_t line = plans_.find({"15", "32"});
+  for (const Case& c : cases) {
+    reset();
+    const std::vector<std::string> cells{c.a, c.m, c.built_a, c.built_m, c.reason};
+    std::copy(cells.begin(), cells.end(), plans_[line].end() - 5);
+    expect_refused(c.why, "plans.tsv:" + std::to_string(line + 1) + ": ", c.why);
+  }
+}
+
+// Rader's way through a composite length would look for a root that is not there.
+TEST_F(ComplexPlans, APrimesAlgorithmAtACompositeLength) {
+  const size_t line = plans_.find({"15", "32"});
+  plans_[line][2] = "rader", plans_[line][3] = "2 pf 7";
+  expect_refused("rader at 15", "plans.tsv:" + std::to_string(line + 1) + ": ", "15 is not an odd prime");
+}
+
+TEST_F(ComplexPlans, OnlyDispatchersOfComplexKernels) {
+  for (const char* name : {"xfmgDFTFwd_CToC_16fc", "xfmgHartley_32f"}) {
+    dispatcher_ = name;
+    expect_refused(name, name, "no complex kernels");
+  }
+}
+
+TEST_F(ComplexPlans, AnOlderUnitStaysWhatItWas) {
+  fs::create_directory(folder_ / "out");
+  std::ofstream(folder_ / "out/unit.cpp") << "older";
+  const size_t line = plans_.find({"64", "32"});
+  plans_[line][6] = "265";
+  EXPECT_EQ(generate(), 1);
+  std::ifstream in(folder_ / "out/unit.cpp");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "older");
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "out"), {}), 1);
 }
 
 }  // namespace
