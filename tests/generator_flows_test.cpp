@@ -4,6 +4,7 @@
 #include <quadmath.h>
 
 #include <cmath>
+#include <ostream>
 #include <random>
 
 #include "dft/tables.h"
@@ -56,6 +57,7 @@ constexpr long double kBound = 1e-17L;
 
 struct Case {
   int precision, lanes;
+  friend std::ostream& operator<<(std::ostream& out, const Case& c) { return out << c.precision << " bits, " << c.lanes << " lanes"; }
 };
 class GeneratorFlows : public testing::TestWithParam<Case> {};
 INSTANTIATE_TEST_SUITE_P(All, GeneratorFlows, testing::Values(Case{32, 1}, Case{32, 2}, Case{32, 4}, Case{64, 1}, Case{64, 2}, Case{64, 4}),
