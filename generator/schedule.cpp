@@ -8,9 +8,15 @@ namespace xfm {
 
 namespace {
 
+enum class Cut {
+  Alternating,  // a layer from the top and a layer from the bottom in turn
+  Balanced,     // the next layer from the side that has fewer values
+  None,         // the order in which the operations were made
+};
+
 class Scheduler {
  public:
-  explicit Scheduler(const Program& p) : p_(p), users_(p.insts().size()), mark_(p.insts().size(), -1) {
+  Scheduler(const Program& p, Cut cut) : p_(p), cut_(cut), users_(p.insts().size()), mark_(p.insts().size(), -1) {
     stored_.resize(p.insts().size());
     for (const Store& s : p.stores()) stored_[s.value] = 1;
     find_needed();
@@ -20,7 +26,11 @@ class Scheduler {
     std::vector<int> all;
     for (size_t i = 0; i < needed_.size(); ++i)
       if (needed_[i] && !is_leaf(p_.insts()[i].op)) all.push_back(static_cast<int>(i));
-    bisect(std::move(all));
+    if (cut_ == Cut::None) {
+      order_ = std::move(all);
+    } else {
+      bisect(std::move(all));
+    }
     return sunk();
   }
 
@@ -84,7 +94,7 @@ class Scheduler {
     return parts;
   }
 
-  // Takes layers from the top and from the bottom, the side with fewer values moving, until they meet.
+  // Takes layers from the top and from the bottom until they meet.
   std::vector<std::vector<int>> layers(const std::vector<int>& set) {
     const int inside = next_tag_++;
     for (int i : set) mark_[i] = inside;
@@ -100,8 +110,10 @@ class Scheduler {
     }
     std::vector<char> colour(set.size());
     size_t red = 0, blue = 0, taken = 0;
+    bool from_top = false;
     while (taken < set.size()) {
-      const bool from_top = red <= blue;
+      from_top = cut_ == Cut::Alternating ? !from_top : red <= blue;
+      if ((from_top ? top : bottom).empty()) from_top = !from_top;
       std::vector<int>& layer = from_top ? top : bottom;
       std::vector<int> next;
       for (int i : layer) {
@@ -120,8 +132,6 @@ class Scheduler {
         }
       }
       layer = std::move(next);
-      if (layer.empty() && (from_top ? bottom : top).empty()) break;
-      if (layer.empty()) (from_top ? red : blue) = set.size() + 1;  // this side has run dry
     }
     std::vector<std::vector<int>> halves(2);
     for (size_t k = 0; k < set.size(); ++k) halves[colour[k] == 2].push_back(set[k]);
@@ -150,6 +160,7 @@ class Scheduler {
   }
 
   const Program& p_;
+  const Cut cut_;
   std::vector<std::vector<int>> users_;
   std::vector<int> mark_;
   std::vector<char> stored_, needed_;
@@ -159,6 +170,67 @@ class Scheduler {
 
 }  // namespace
 
-std::vector<int> schedule(const Program& program) { return Scheduler(program).order(); }
+namespace {
+
+// The positions at which each value is needed, the first one last; results wait for the last load before they are stored.
+std::vector<std::vector<int>> needed_at(const Program& program, const std::vector<int>& order) {
+  const std::vector<Inst>& insts = program.insts();
+  std::vector<std::vector<int>> uses(insts.size());
+  int last_load = 0;
+  for (size_t at = 0; at < order.size(); ++at)
+    if (is_load(insts[order[at]].op)) last_load = static_cast<int>(at);
+  std::vector<int> place(insts.size());
+  for (size_t at = 0; at < order.size(); ++at) place[order[at]] = static_cast<int>(at);
+  for (const Store& s : program.stores()) uses[s.value].push_back(std::max(place[s.value], last_load));
+  for (int at = static_cast<int>(order.size()) - 1; at >= 0; --at)
+    for (int operand : {insts[order[at]].a, insts[order[at]].b})
+      if (operand >= 0 && !is_leaf(insts[operand].op)) uses[operand].push_back(at);
+
+  return uses;
+}
+
+}  // namespace
+
+int stack_traffic(const Program& program, const std::vector<int>& order) {
+  constexpr int kRegisters = 16, kNever = 1 << 30;
+  const std::vector<Inst>& insts = program.insts();
+  std::vector<std::vector<int>> uses = needed_at(program, order);
+  std::vector<char> in_register(insts.size()), on_stack(insts.size());
+  std::vector<int> registers;
+  int traffic = 0;
+  const auto next_use = [&](int v, int at) {
+    while (!uses[v].empty() && uses[v].back() < at) uses[v].pop_back();
+    return uses[v].empty() ? kNever : uses[v].back();
+  };
+  const auto hold = [&](int v, int at) {
+    if (static_cast<int>(registers.size()) == kRegisters) {
+      const auto farthest = std::max_element(registers.begin(), registers.end(),
+                                             [&](int a, int b) { return next_use(a, at) < next_use(b, at); });
+      if (next_use(*farthest, at) != kNever && !on_stack[*farthest] && !is_load(insts[*farthest].op)) ++traffic, on_stack[*farthest] = 1;
+      in_register[*farthest] = 0;
+      *farthest = v;
+    } else {
+      registers.push_back(v);
+    }
+    in_register[v] = 1;
+  };
+  for (int at = 0; at < static_cast<int>(order.size()); ++at) {
+    for (int operand : {insts[order[at]].a, insts[order[at]].b})
+      if (operand >= 0 && !is_leaf(insts[operand].op) && !in_register[operand]) ++traffic, hold(operand, at);
+    hold(order[at], at + 1);
+  }
+  return traffic;
+}
+
+std::vector<int> schedule(const Program& program) {
+  std::vector<int> best;
+  int least = 0;
+  for (Cut cut : {Cut::Alternating, Cut::Balanced, Cut::None}) {
+    std::vector<int> order = Scheduler(program, cut).order();
+    const int traffic = stack_traffic(program, order);
+    if (best.empty() || traffic < least) least = traffic, best = std::move(order);
+  }
+  return best;
+}
 
 }  // namespace xfm
