@@ -10,6 +10,7 @@ endforeach()
 add_library(complex_faults SHARED complex_faults.cpp)
 target_link_libraries(complex_faults PRIVATE dl)
 target_include_directories(complex_faults PRIVATE $<TARGET_PROPERTY:xfm_headers,INTERFACE_INCLUDE_DIRECTORIES>)
+add_dependencies(complex_faults xfm_headers)
 target_compile_options(complex_faults PRIVATE -O1 -mavx -ffp-contract=off -Wall -Wextra)
 function(complex_fault fault program filter)
   xfm_add_script_test(complex_fault_${fault} complex

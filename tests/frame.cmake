@@ -19,11 +19,14 @@ add_custom_command(
   OUTPUT ${recorded}/recorders.cpp
   COMMAND frame_recorder_writer ${functions_tsv} ${recorded}/recorders.cpp
   DEPENDS frame_recorder_writer ${functions_tsv} VERBATIM)
+add_custom_target(frame_recorded DEPENDS ${recorded}/xfm.h ${recorded}/dispatchers.cpp ${recorded}/recorders.cpp)
 add_library(frame_dispatch_cases OBJECT frame_dispatch_test.cpp ${recorded}/xfm.h ${recorded}/recorders.cpp)
 target_compile_options(frame_dispatch_cases PRIVATE -Wall -Wextra)
 target_include_directories(frame_dispatch_cases BEFORE PRIVATE ${recorded} ${CMAKE_SOURCE_DIR})
 xfm_add_test(frame_dispatch_test LABEL frame SOURCES ${recorded}/dispatchers.cpp LIBRARIES frame_dispatch_cases)
 target_include_directories(frame_dispatch_test BEFORE PRIVATE ${recorded})
+add_dependencies(frame_dispatch_cases frame_recorded)
+add_dependencies(frame_dispatch_test frame_recorded)
 
 # The same cases over faulty dispatchers must fail.
 function(frame_dispatch_fault fault edit)
@@ -34,6 +37,7 @@ function(frame_dispatch_fault fault edit)
       -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/edit.cmake
     DEPENDS ${recorded}/dispatchers.cpp ${CMAKE_CURRENT_SOURCE_DIR}/scripts/edit.cmake VERBATIM)
   add_executable(frame_dispatch_fault_${fault} ${source})
+  add_dependencies(frame_dispatch_fault_${fault} frame_recorded)
   target_include_directories(frame_dispatch_fault_${fault} BEFORE PRIVATE ${recorded})
   target_link_libraries(frame_dispatch_fault_${fault} PRIVATE frame_dispatch_cases GTest::gtest GTest::gtest_main)
   xfm_add_script_test(frame_dispatch_fault_${fault} frame bash -c "! $<TARGET_FILE:frame_dispatch_fault_${fault}>")
@@ -51,7 +55,7 @@ xfm_add_test(frame_library_test LABEL frame SOURCES frame_library_test.cpp LIBRA
 # The library in other hands: the header under strict compilers, the installed tree, the example programs.
 xfm_add_script_test(header_compiles frame ${CMAKE_CURRENT_SOURCE_DIR}/header_test.sh ${CMAKE_BINARY_DIR}/include)
 xfm_add_script_test(installed_tree frame ${CMAKE_CURRENT_SOURCE_DIR}/install_test.sh ${CMAKE_BINARY_DIR}
-  ${CMAKE_SOURCE_DIR}/examples/ten_lines.c ${CMAKE_CURRENT_SOURCE_DIR}/consumer)
+  ${CMAKE_SOURCE_DIR}/examples/ten_lines.c ${CMAKE_CURRENT_SOURCE_DIR}/consumer ${CMAKE_GENERATOR})
 xfm_add_script_test(ten_lines frame xfm_ten_lines)
 set_tests_properties(ten_lines PROPERTIES PASS_REGULAR_EXPRESSION "bin 2: 0 -4i\nbin 3: 0 \\+0i")
 xfm_add_script_test(readme_example frame ${CMAKE_CURRENT_SOURCE_DIR}/readme_test.sh

@@ -1,8 +1,8 @@
 #!/bin/bash
-# install_test.sh BUILD PROGRAM.c CONSUMER: installs the build, moves the tree, and builds the program against it with
-# find_package, with pkg-config and with the compiler alone; each result must print what the library computes.
+# install_test.sh BUILD PROGRAM.c CONSUMER GENERATOR: installs the build, moves the tree, and builds the program against
+# it with find_package, with pkg-config and with the compiler alone; each result must print what the library computes.
 set -euo pipefail
-build=$1 program=$2 consumer=$3
+build=$1 program=$2 consumer=$3 generator=$4
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 
@@ -21,7 +21,7 @@ expect_output() {  # program
   LD_LIBRARY_PATH=$lib "$1" | grep -qx 'bin 2: 0 -4i' || { echo "$1 printed something else" >&2; exit 1; }
 }
 
-cmake -S "$consumer" -B "$work/consumer" -DPROGRAM="$program" -DCMAKE_PREFIX_PATH="$work/tree" >/dev/null
+cmake -S "$consumer" -B "$work/consumer" -G "$generator" -DPROGRAM="$program" -DCMAKE_PREFIX_PATH="$work/tree" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 expect_output "$work/consumer/consumer"
 
