@@ -37,15 +37,4 @@ XFM_INLINE bool misaligned(const void* p, unsigned bytes) {
   return (reinterpret_cast<uintptr_t>(p) & (bytes - 1)) != 0;
 }
 
-// The scale that a flag selects among 1, 1/sqrt(N) and 1/N, or null for a bad flag. `by_1` and `by_2` say which of them
-// the flags 1 and 2 stand for in the kernel's family.
-template <class Row>
-XFM_INLINE const Row* select_scale(const Row* scales, int flag, int by_1, int by_2) {
-  if (flag == xfmScaleNone) return scales;
-  if (flag == xfmScaleBySqrtN) return scales + 1;
-  if (flag == xfmScaleFwdByN) return scales + by_1;
-  if (flag == xfmScaleInvByN) return scales + by_2;
-  return nullptr;
-}
-
 }  // namespace
