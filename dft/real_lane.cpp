@@ -8,21 +8,18 @@ namespace xfm {
 // Bins of a real sequence's transform, kept for 0..n/2; a bin above is kept as the conjugate of its mirror.
 class HalfBins {
  public:
-  explicit HalfBins(int n) : n_(n), bins_(n / 2 + 1), filled_(n / 2 + 1) {}
+  explicit HalfBins(int n) : n_(n), bins_(n / 2 + 1) {}
 
   void put(int k, Formal::Value v) {
     k %= n_;
     if (k > n_ - k) k = n_ - k, v.im = -v.im;
-    if (filled_[k]) return;
-    filled_[k] = 1;
-    bins_[k] = 2 * k % n_ == 0 ? Formal::Value{v.re, {}} : v;
+    if (!bins_.at(k)) bins_[k] = 2 * k % n_ == 0 ? Formal::Value{v.re, {}} : v;
   }
   std::vector<Formal::Value> take() { return std::move(bins_); }
 
  private:
   int n_;
   std::vector<Formal::Value> bins_;
-  std::vector<char> filled_;
 };
 
 namespace {

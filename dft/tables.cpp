@@ -135,7 +135,10 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
     const int length = row.integer("N"), precision = row.integer("precision");
     if (length < kSmallest || length > kLargest) row.fail("length out of range");
     if (precision != 32 && precision != 64) row.fail("precision is 32 or 64");
-    ComplexRow entry{.plan = method_in(row, length), .text = row["plan"], .where = plans.string() + ":" + std::to_string(row.line())};
+    ComplexRow entry;
+    entry.plan = method_in(row, length);
+    entry.text = row["plan"];
+    entry.where = plans.string() + ":" + std::to_string(row.line());
     read_counts(row, entry);
     if (!tables.rows.emplace(std::pair(precision, length), std::move(entry)).second) row.fail("a second row for this length");
   }
