@@ -129,7 +129,7 @@ void RealFlow::middle_row(const Plan& second, const std::vector<Ref>& row, int k
 
 std::vector<Ref> RealFlow::transposed_part(const Plan& plan, const Half& spectrum, bool odd) {
   const int m = static_cast<int>(spectrum.size()) - 1;
-  Graph network(g_.lanes() == 1 ? 1 : g_.lanes());
+  Graph network(g_.lanes());
   std::vector<int> inputs;
   std::vector<Ref> in;
   for (int i = 0; i < m; ++i) {
