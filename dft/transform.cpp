@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <numeric>
 
 #include "dft/real_lane.h"
 #include "generator/check.h"
@@ -76,23 +77,50 @@ class Builder {
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 
+  // An order of instances in which those that fill both lanes of the same vectors already are neighbours.
+  std::vector<size_t> side_by_side(const std::vector<Points>& instances) const {
+    std::vector<size_t> order(instances.size());
+    std::iota(order.begin(), order.end(), 0);
+    if (g_.lanes() != 2 || is_cell(instances[0][0])) return order;
+    const auto together = [&](size_t low, size_t high) {
+      for (size_t n = 0; n < instances[low].size(); ++n) {
+        const Point &a = instances[low][n], &b = instances[high][n];
+        if (!a.ref || !(a.ref == b.ref) || a.lane != 0 || b.lane != 1) return false;
+      }
+      return true;
+    };
+    std::vector<size_t> pairs, single;
+    std::vector<char> taken(instances.size());
+    for (size_t i = 0; i < instances.size(); ++i) {
+      for (size_t j = 0; j < instances.size() && !taken[i]; ++j) {
+        if (taken[j] || !together(i, j)) continue;
+        pairs.insert(pairs.end(), {i, j});
+        taken[i] = taken[j] = 1;
+      }
+    }
+    for (size_t i = 0; i < instances.size(); ++i)
+      if (!taken[i]) single.push_back(i);
+    pairs.insert(pairs.end(), single.begin(), single.end());
+    return pairs;
+  }
+
   // Instances of a block, `lanes` to a vector.
   std::vector<Points> blocks(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
-    std::vector<Points> outputs;
-    const int lanes = g_.lanes();
-    for (size_t start = 0; start < instances.size(); start += lanes) {
-      const size_t used = std::min<size_t>(lanes, instances.size() - start);
+    std::vector<Points> outputs(instances.size());
+    const std::vector<size_t> order = side_by_side(instances);
+    for (size_t start = 0; start < instances.size(); start += g_.lanes()) {
+      const size_t used = std::min<size_t>(g_.lanes(), instances.size() - start);
       std::vector<Ref> in;
       for (int n = 0; n < plan.length; ++n) {
         Points row;
-        for (size_t l = 0; l < used; ++l) row.push_back(instances[start + l][n]);
+        for (size_t l = 0; l < used; ++l) row.push_back(instances[order[start + l]][n]);
         in.push_back(gather(row));
       }
-      const std::vector<Ref> out = block(plan, in, sign, first == First::All || (first == First::One && start == 0));
-      for (size_t l = 0; l < used; ++l) {
-        outputs.emplace_back();
-        for (Ref r : out) outputs.back().push_back({r, static_cast<int>(l)});
-      }
+      const auto end = order.begin() + start + used;
+      const bool has_first = std::find(order.begin() + start, end, 0) != end;
+      const std::vector<Ref> out = block(plan, in, sign, first == First::All || (first == First::One && has_first));
+      for (size_t l = 0; l < used; ++l)
+        for (Ref r : out) outputs[order[start + l]].push_back({r, static_cast<int>(l)});
     }
     return outputs;
   }
@@ -139,13 +167,14 @@ class Builder {
   // whichever are fewer.
   void twiddle(std::vector<Points>& rows, const LinkMap& map, int sign, bool before_regrouping) {
     if (!before_regrouping) {
+      const std::vector<size_t> order = side_by_side(rows);
       for (size_t start = 0; start < rows.size(); start += g_.lanes())
         for (int j = 0; j < map.b; ++j) {
           const size_t used = std::min<size_t>(g_.lanes(), rows.size() - start);
           Points row;
-          for (size_t l = 0; l < used; ++l) row.push_back(rows[start + l][j]);
+          for (size_t l = 0; l < used; ++l) row.push_back(rows[order[start + l]][j]);
           const Ref v = gather(row);
-          for (size_t l = 0; l < used; ++l) rows[start + l][j] = {v, static_cast<int>(l)};
+          for (size_t l = 0; l < used; ++l) rows[order[start + l]][j] = {v, static_cast<int>(l)};
         }
     }
     std::map<int, std::vector<std::pair<Point*, int>>> held;  // by node: its points and their exponents

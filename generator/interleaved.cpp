@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 
+#include "generator/butterflies.h"
 #include "generator/check.h"
 #include "generator/lanes.h"
 #include "generator/passes.h"
@@ -98,7 +99,14 @@ class InterleavedLowering {
   Program run(std::span<const Point> outputs) {
     const std::vector<int> live = live_nodes(g_, outputs);
     const Orientation orientation(g_, live, outputs);
+    LoadedButterflies butterflies{{}, std::vector<char>(g_.size())};
+    if (type_ == Type::F32x4) butterflies = find_loaded_butterflies(g_, live, outputs);
     for (int i : live) {
+      if (butterflies.spared[i]) continue;
+      if (const auto b = butterflies.by_node.find(i); b != butterflies.by_node.end()) {
+        held_[i] = butterfly(b->second);
+        continue;
+      }
       switch (g_[i].kind) {
         case Node::Kind::Input: held_[i] = {loaded(g_[i].cells), 0}; break;
         case Node::Kind::Sum: held_[i] = sum(g_[i], orientation.odd()[i]); break;
@@ -185,6 +193,35 @@ class InterleavedLowering {
     const auto half = [&](int c) { return c < 0 ? p_.emit({.op = Op::Zero, .type = Type::F64x2}) : load(Type::F64x2, c); };
     const int low = half(cells[0]);
     return p_.emit({.op = Op::Join, .type = type_, .a = low, .b = half(cells[1])});
+  }
+
+  Held butterfly(const LoadedButterfly& b) {
+    std::vector<Signed> sums;
+    for (const LoadedPair& pair : b) sums.push_back(loaded_sum(pair));
+    const Signed s = signed_sum(p_, sums);
+    return {s.value, s.negative ? 2 : 0};
+  }
+
+  // Signs are put on the components before those of the turned lanes are exchanged. Of a sum and its negative, one is made.
+  Signed loaded_sum(const LoadedPair& pair) {
+    const int flip = pair[0].turn[0] & 2;
+    std::vector<Signed> terms;
+    for (const LoadedPoint& point : pair) {
+      const int value = p_.emit({.op = Op::LoadDup, .type = type_, .cell = 2 * point.cell});
+      std::vector<Real> signs;
+      for (int turn : point.turn) {
+        const int t = (turn + flip) & 3;
+        signs.push_back(t == 2 || t == 3 ? -1 : 1);
+        signs.push_back(t == 2 || t == 1 ? -1 : 1);
+      }
+      const auto negatives = std::count(signs.begin(), signs.end(), Real(-1));
+      const bool mixed = negatives != 0 && negatives != 4;
+      terms.push_back({mixed ? emit(Op::Mul, value, p_.constant(type_, signs)) : value, negatives == 4});
+    }
+    Signed sum = signed_sum(p_, terms);
+    const bool low = pair[0].turn[0] & 1, high = pair[0].turn[1] & 1;
+    if (low || high) sum.value = emit(Op::Permute, sum.value, -1, (low ? 0x1 : 0x4) | (high ? 0xB0 : 0xE0));
+    return {sum.value, sum.negative != (flip != 0)};
   }
 
   int upright(Ref r) {

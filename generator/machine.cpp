@@ -60,6 +60,7 @@ PortUse port_use(const Program& program) {
     switch (i.op) {
       case Op::Load:
       case Op::LoadPair:
+      case Op::LoadDup:
       case Op::Broadcast: ++use.loads; break;
       case Op::LoadHigh: ++use.loads, ++use.shuffles; break;
       case Op::Add:

@@ -21,6 +21,7 @@ enum class Op {
   Load,       // width(type) elements from `source` at `cell`
   LoadPair,   // two elements at `cell` into the low half, zero above (F32x4)
   LoadHigh,   // a, with its upper half replaced by the two elements at `cell` (F32x4)
+  LoadDup,    // the complex value at `cell` in both halves (F32x4)
   Constant,   // entry `imm` of the pool's rows of this type
   Scale,      // the scale in every lane
   Zero,
@@ -83,7 +84,9 @@ class Program {
   std::map<std::pair<int, std::vector<__int128>>, int> pooled_;
 };
 
-inline bool is_load(Op op) { return op == Op::Load || op == Op::LoadPair || op == Op::LoadHigh || op == Op::Broadcast; }
+inline bool is_load(Op op) {
+  return op == Op::Load || op == Op::LoadPair || op == Op::LoadHigh || op == Op::LoadDup || op == Op::Broadcast;
+}
 // Operations that are written where they are used instead of being held by name.
 inline bool is_leaf(Op op) { return op == Op::Constant || op == Op::Scale || op == Op::Zero; }
 

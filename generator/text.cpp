@@ -95,6 +95,7 @@ class BodyWriter {
                               : access(i.type, i.cell) + "::load" + std::to_string(width(i.type)) + "(" + at + ")";
       case Op::LoadPair: return "_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(" + at + ")))";
       case Op::LoadHigh: return "_mm_loadh_pi(" + value(i.a) + ", reinterpret_cast<const __m64*>(" + at + "))";
+      case Op::LoadDup: return "_mm_castpd_ps(_mm_loaddup_pd(reinterpret_cast<const double*>(" + at + ")))";
       case Op::Broadcast:
         return prefix(i.type) + "broadcast_" + (single_precision(i.type) ? "ss(" : "sd(") + at + ")";
       case Op::Add: return arithmetic(i, "+", "add");

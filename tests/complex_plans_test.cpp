@@ -106,7 +106,7 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"6", kPlan, "2 pf 3p", "no block is named '3p'"},
       {"6", kPlan, "rows(6; 3)", "do not fit together"},
       {"6", kPlan, "6", "has the block 6"},
-      {"10", kPlan, "R5 pf 2", "has the block R5"},  // a name of the real-lane plans
+      {"20", kPlan, "4 pf R5", "has the block R5"},  // a name of the real-lane plans
       {"9", kPlan, "real-lane", "9 is not an odd prime"},
       {"9", kPlan, "direct", "9 is not an odd prime"},
       {"7", kPlan, "real-lane", "no table says how it is made"},
