@@ -127,7 +127,12 @@ class InterleavedLowering {
   int emit(Op op, int a, int b = -1, int imm = 0) { return p_.emit({.op = op, .type = type_, .a = a, .b = b, .imm = imm}); }
   int zero() { return emit(Op::Zero, -1); }
   int exchanged(int v) { return emit(Op::Permute, v, -1, single_precision(type_) ? 0xB1 : type_ == Type::F64x4 ? 5 : 1); }
-  int times_i(int v) { return emit(Op::AddSub, zero(), exchanged(v)); }
+  int times_i(int v) {
+    if (width(type_) > 4 || type_ == Type::F64x4) return emit(Op::AddSub, zero(), exchanged(v));
+    std::vector<Real> signs;
+    for (int l = 0; l < g_.lanes(); ++l) signs.insert(signs.end(), {-1, 1});
+    return emit(Op::Mul, exchanged(v), p_.constant(type_, signs));
+  }
 
   // Signs alternate within each complex value where the product also turns it: (-c, c).
   int constant(const Coef& c, bool turning, bool negative) {

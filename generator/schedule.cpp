@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "generator/check.h"
+#include "generator/core_model.h"
+#include "generator/latency_window.h"
 
 namespace xfm {
 
@@ -170,65 +172,18 @@ class Scheduler {
 
 }  // namespace
 
-namespace {
-
-// The positions at which each value is needed, the first one last; results wait for the last load before they are stored.
-std::vector<std::vector<int>> needed_at(const Program& program, const std::vector<int>& order) {
-  const std::vector<Inst>& insts = program.insts();
-  std::vector<std::vector<int>> uses(insts.size());
-  int last_load = 0;
-  for (size_t at = 0; at < order.size(); ++at)
-    if (is_load(insts[order[at]].op)) last_load = static_cast<int>(at);
-  std::vector<int> place(insts.size());
-  for (size_t at = 0; at < order.size(); ++at) place[order[at]] = static_cast<int>(at);
-  for (const Store& s : program.stores()) uses[s.value].push_back(std::max(place[s.value], last_load));
-  for (int at = static_cast<int>(order.size()) - 1; at >= 0; --at)
-    for (int operand : {insts[order[at]].a, insts[order[at]].b})
-      if (operand >= 0 && !is_leaf(insts[operand].op)) uses[operand].push_back(at);
-
-  return uses;
-}
-
-}  // namespace
-
-int stack_traffic(const Program& program, const std::vector<int>& order) {
-  constexpr int kRegisters = 16, kNever = 1 << 30;
-  const std::vector<Inst>& insts = program.insts();
-  std::vector<std::vector<int>> uses = needed_at(program, order);
-  std::vector<char> in_register(insts.size()), on_stack(insts.size());
-  std::vector<int> registers;
-  int traffic = 0;
-  const auto next_use = [&](int v, int at) {
-    while (!uses[v].empty() && uses[v].back() < at) uses[v].pop_back();
-    return uses[v].empty() ? kNever : uses[v].back();
-  };
-  const auto hold = [&](int v, int at) {
-    if (static_cast<int>(registers.size()) == kRegisters) {
-      const auto farthest = std::max_element(registers.begin(), registers.end(),
-                                             [&](int a, int b) { return next_use(a, at) < next_use(b, at); });
-      if (next_use(*farthest, at) != kNever && !on_stack[*farthest] && !is_load(insts[*farthest].op)) ++traffic, on_stack[*farthest] = 1;
-      in_register[*farthest] = 0;
-      *farthest = v;
-    } else {
-      registers.push_back(v);
-    }
-    in_register[v] = 1;
-  };
-  for (int at = 0; at < static_cast<int>(order.size()); ++at) {
-    for (int operand : {insts[order[at]].a, insts[order[at]].b})
-      if (operand >= 0 && !is_leaf(insts[operand].op) && !in_register[operand]) ++traffic, hold(operand, at);
-    hold(order[at], at + 1);
-  }
-  return traffic;
-}
-
 std::vector<int> schedule(const Program& program) {
   std::vector<int> best;
-  int least = 0;
+  double least = 0;
+  const auto consider = [&](std::vector<int> order) {
+    const double cycles = cycles_per_call(program, order);
+    if (best.empty() || cycles < least) least = cycles, best = std::move(order);
+  };
   for (Cut cut : {Cut::Alternating, Cut::Balanced, Cut::None}) {
-    std::vector<int> order = Scheduler(program, cut).order();
-    const int traffic = stack_traffic(program, order);
-    if (best.empty() || traffic < least) least = traffic, best = std::move(order);
+    const std::vector<int> order = Scheduler(program, cut).order();
+    consider(order);
+    for (int operations : {16, 32, 64})
+      for (int live : {10, 14}) consider(fill_latencies(program, order, {operations, live}));
   }
   return best;
 }

@@ -1,0 +1,252 @@
+#include "generator/core_model.h"
+
+#include <algorithm>
+#include <array>
+
+namespace xfm {
+
+namespace {
+
+constexpr unsigned kMultiply = 0b00011, kAdd = 0b01100, kShuffle = 0b00110, kCross = 0b00100, kAny = 0b01111, kStore = 0b10000;
+constexpr int kRegisters = 15;  // one holds the scale
+constexpr int kLoadLatency = 8, kLoadsPerCycle = 2, kPerCycle = 6, kQueue = 64, kInFlight = 256, kPrologue = 12;
+constexpr int kNever = 1 << 28;
+
+struct MicroOp {
+  unsigned ports = 0;
+  int latency = 1;
+  bool loads = false;
+  std::vector<int> sources = {};  // operations before it in the same body
+};
+
+// The micro-operations of a body: registers are taken from the value that is needed last.
+class BodyStream {
+ public:
+  BodyStream(const Program& program, const std::vector<int>& order)
+      : insts_(program.insts()), order_(order), uses_(insts_.size()), made_by_(insts_.size(), -1), in_register_(insts_.size()),
+        on_stack_(insts_.size()), stores_(order.size()) {
+    find_uses(program);
+  }
+
+  std::vector<MicroOp> run() {
+    body_.resize(kPrologue);
+    for (int at = 0; at < static_cast<int>(order_.size()); ++at) {
+      drop_dead(at);
+      step(order_[at], at);
+      for (int value : stores_[at]) body_.push_back({kStore, 1, false, {made_by_[value]}});
+    }
+    return std::move(body_);
+  }
+
+ private:
+  // Positions at which each value is needed, the first one last; results wait for the last load before they are stored.
+  void find_uses(const Program& program) {
+    std::vector<int> place(insts_.size(), -1);
+    int last_load = 0;
+    for (int at = 0; at < static_cast<int>(order_.size()); ++at) {
+      place[order_[at]] = at;
+      if (is_load(insts_[order_[at]].op)) last_load = at;
+    }
+    for (const Store& s : program.stores()) {
+      if (place[s.value] < 0) continue;
+      const int at = std::max(place[s.value], last_load);
+      uses_[s.value].push_back(at);
+      stores_[at].push_back(s.value);
+    }
+    for (int at = 0; at < static_cast<int>(order_.size()); ++at)
+      for (int operand : {insts_[order_[at]].a, insts_[order_[at]].b})
+        if (operand >= 0 && !is_leaf(insts_[operand].op)) uses_[operand].push_back(at);
+    for (std::vector<int>& uses : uses_) std::sort(uses.rbegin(), uses.rend());
+  }
+
+  int next_use(int value, int at) {
+    std::vector<int>& uses = uses_[value];
+    while (!uses.empty() && uses.back() < at) uses.pop_back();
+    return uses.empty() ? kNever : uses.back();
+  }
+
+  void drop_dead(int at) {
+    std::erase_if(registers_, [&](int r) {
+      if (next_use(r, at) != kNever) return false;
+      in_register_[r] = 0;
+      return true;
+    });
+  }
+
+  void hold(int value, int at) {
+    if (next_use(value, at) == kNever) return;
+    if (registers_.size() == kRegisters) {
+      const auto last = std::max_element(registers_.begin(), registers_.end(),
+                                         [&](int a, int b) { return next_use(a, at) < next_use(b, at); });
+      if (next_use(*last, at) != kNever && !on_stack_[*last] && !folds(insts_[*last])) {
+        body_.push_back({kStore, 1, false, {made_by_[*last]}});
+        made_by_[*last] = static_cast<int>(body_.size()) - 1;
+        on_stack_[*last] = 1;
+      }
+      in_register_[*last] = 0;
+      *last = value;
+    } else {
+      registers_.push_back(value);
+    }
+    in_register_[value] = 1;
+  }
+
+  void step(int value, int at) {
+    const Inst& inst = insts_[value];
+    if (folds(inst) && uses_[value].size() == 1) return;
+    MicroOp op{ports(inst), latency(inst), is_load(inst.op)};
+    for (int operand : {inst.a, inst.b})
+      if (operand >= 0) use(op, operand, at);
+    hold(value, at + 1);
+    body_.push_back(op);
+    made_by_[value] = static_cast<int>(body_.size()) - 1;
+  }
+
+  // An operand comes from a register, or from memory where that is its last use, or is loaded into a register.
+  void use(MicroOp& op, int operand, int at) {
+    const Inst& inst = insts_[operand];
+    if (is_leaf(inst.op)) {
+      op.loads = op.loads || inst.op == Op::Constant;
+      return;
+    }
+    if (!in_register_[operand]) {
+      if (next_use(operand, at + 1) == kNever) {
+        op.loads = true;
+      } else {
+        MicroOp reload{0, kLoadLatency, true};
+        if (!folds(inst)) reload.sources.push_back(made_by_[operand]);
+        body_.push_back(reload);
+        made_by_[operand] = static_cast<int>(body_.size()) - 1;
+        hold(operand, at);
+      }
+    }
+    if (made_by_[operand] >= 0) op.sources.push_back(made_by_[operand]);
+  }
+
+  const std::vector<Inst>& insts_;
+  const std::vector<int>& order_;
+  std::vector<std::vector<int>> uses_;
+  std::vector<int> made_by_;  // the operation whose end a user waits for: of the value, of its store, of its reload
+  std::vector<char> in_register_, on_stack_;
+  std::vector<std::vector<int>> stores_;
+  std::vector<int> registers_;
+  std::vector<MicroOp> body_;
+};
+
+// Copies of a body one behind the other.
+class Pipeline {
+ public:
+  explicit Pipeline(const std::vector<MicroOp>& body) : body_(body), size_(static_cast<int>(body.size())), done_(size_ * kCopies, kNever), ready_(done_.size()) {}
+
+  double cycles_per_call() {
+    while (next_ < static_cast<int>(done_.size()) || !queue_.empty()) {
+      start_ready();
+      hand_out();
+      ++cycle_;
+    }
+    return (finish_[kCopies - 1] - finish_[0]) / double(kCopies - 1);
+  }
+
+ private:
+  static constexpr int kCopies = 5;
+
+  int sources_done(int id) const {
+    int at = 0;
+    for (int s : body_[id % size_].sources) at = std::max(at, done_[id - id % size_ + s]);
+    return at;
+  }
+
+  void finish(int id, int at) {
+    done_[id] = at;
+    finish_[id / size_] = std::max(finish_[id / size_], at);
+  }
+
+  void start_ready() {
+    unsigned busy = 0;
+    std::erase_if(queue_, [&](int id) {
+      const MicroOp& op = body_[id % size_];
+      const unsigned free = op.ports & ~busy;
+      if (!free || ready_[id] > cycle_ || sources_done(id) > cycle_) return false;
+      // Ports that shuffle are left for shuffles where another will do.
+      const unsigned port = free & ~kShuffle ? free & ~kShuffle : free;
+      busy |= port & -port;
+      finish(id, cycle_ + op.latency);
+      return true;
+    });
+  }
+
+  void hand_out() {
+    int loads = 0;
+    for (int k = 0; k < kPerCycle && next_ < static_cast<int>(done_.size()); ++k) {
+      const MicroOp& op = body_[next_ % size_];
+      while (oldest_ < next_ && done_[oldest_] <= cycle_) ++oldest_;
+      if (next_ - oldest_ >= kInFlight || (op.loads && loads == kLoadsPerCycle)) return;
+      if (op.ports == 0) {
+        const int from = std::max(cycle_, sources_done(next_));
+        if (from >= kNever) return;  // a value that is not even on its way to the stack
+        finish(next_, from + op.latency);
+      } else {
+        if (queue_.size() == kQueue) return;
+        ready_[next_] = cycle_ + (op.loads ? kLoadLatency : 1);
+        queue_.push_back(next_);
+      }
+      loads += op.loads;
+      ++next_;
+    }
+  }
+
+  const std::vector<MicroOp>& body_;
+  const int size_;
+  std::vector<int> done_, ready_;
+  std::vector<int> queue_;
+  std::array<int, kCopies> finish_{};
+  int next_ = 0, oldest_ = 0, cycle_ = 0;
+};
+
+}  // namespace
+
+int latency(const Inst& inst) {
+  switch (inst.op) {
+    case Op::Load:
+    case Op::LoadPair:
+    case Op::LoadDup:
+    case Op::Broadcast: return kLoadLatency;
+    case Op::LoadHigh: return 1;  // beside that of its load
+    case Op::Add:
+    case Op::Sub:
+    case Op::AddSub:
+    case Op::Mul:
+    case Op::Halves:
+    case Op::Join:
+    case Op::HighHalf:
+    case Op::Widen:
+    case Op::Narrow: return 3;
+    default: return 1;
+  }
+}
+
+unsigned ports(const Inst& inst) {
+  switch (inst.op) {
+    case Op::Load:
+    case Op::LoadPair:
+    case Op::LoadDup:
+    case Op::Broadcast:
+    case Op::LowHalf: return 0;
+    case Op::Mul: return kMultiply;
+    case Op::Add:
+    case Op::Sub:
+    case Op::AddSub:
+    case Op::Widen:
+    case Op::Narrow: return kAdd;
+    case Op::Halves: return kCross;
+    case Op::Blend: return kAny;
+    default: return kShuffle;
+  }
+}
+
+double cycles_per_call(const Program& program, const std::vector<int>& order) {
+  const std::vector<MicroOp> body = BodyStream(program, order).run();
+  return Pipeline(body).cycles_per_call();
+}
+
+}  // namespace xfm
