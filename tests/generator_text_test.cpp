@@ -7,10 +7,13 @@
 #include <fstream>
 #include <map>
 #include <regex>
+#include <algorithm>
 #include <set>
 
 #include "dft/kernels.h"
 #include "generator/check.h"
+#include "generator/core_model.h"
+#include "generator/latency_window.h"
 #include "generator/schedule.h"
 #include "generator/text.h"
 
@@ -27,7 +30,7 @@ struct Size {
   int precision, length, sign;
 };
 // All working forms, gates' widths and methods of a plan.
-constexpr Size kSizes[] = {{32, 2, -1}, {32, 3, +1}, {32, 5, -1},  {32, 8, +1},  {32, 9, -1},  {32, 15, -1}, {32, 16, +1}, {32, 47, -1}, {32, 64, -1},
+constexpr Size kSizes[] = {{32, 2, -1}, {32, 3, +1}, {32, 5, -1},  {32, 8, +1},  {32, 9, -1},  {32, 15, -1}, {32, 16, +1}, {32, 20, -1}, {32, 31, +1}, {32, 47, -1}, {32, 64, -1},
                            {64, 2, -1}, {64, 3, +1}, {64, 12, -1}, {64, 13, +1}, {64, 20, +1}, {64, 25, -1}, {64, 52, -1}, {64, 61, -1}};
 
 std::string name_of(const Size& s) { return "N = " + std::to_string(s.length) + ", " + std::to_string(s.precision) + " bits"; }
@@ -46,6 +49,28 @@ TEST(GeneratorSchedule, OperandsComeFirstAndNothingIsDoneTwice) {
     for (const Store& store : program.stores())
       ASSERT_TRUE(done.contains(store.value)) << name_of(size) << ": stored value " << store.value << " is missing";
   }
+}
+
+// Four chains of a hundred dependent additions.
+Program chains_of_additions(std::vector<int>& one_by_one) {
+  Program p;
+  for (int chain = 0; chain < 4; ++chain) {
+    int sum = p.emit({.op = Op::Load, .type = Type::F64, .cell = 2 * chain});
+    const int step = p.emit({.op = Op::Load, .type = Type::F64, .cell = 2 * chain + 1});
+    one_by_one.insert(one_by_one.end(), {sum, step});
+    for (int k = 0; k < 100; ++k) one_by_one.push_back(sum = p.emit({.op = Op::Add, .type = Type::F64, .a = sum, .b = step}));
+    p.store(StoreKind::Full, sum, chain);
+  }
+  return p;
+}
+
+TEST(GeneratorSchedule, ChainsSideBySideAreFasterThanOneBehindTheOther) {
+  std::vector<int> one_by_one;
+  const Program p = chains_of_additions(one_by_one);
+  const std::vector<int> side_by_side = fill_latencies(p, one_by_one, {64, 14});
+  EXPECT_TRUE(std::is_permutation(side_by_side.begin(), side_by_side.end(), one_by_one.begin(), one_by_one.end()));
+  EXPECT_LT(cycles_per_call(p, side_by_side), 0.8 * cycles_per_call(p, one_by_one));
+  EXPECT_GE(cycles_per_call(p, side_by_side), 200) << "two additions a cycle at the most";
 }
 
 TEST(GeneratorSchedule, WhatReachesNoStoreIsLeftOut) {
