@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <numeric>
+#include <span>
 
 #include "dft/real_lane.h"
 #include "generator/check.h"
@@ -73,6 +74,12 @@ class Builder {
     return g_.regroup(points);
   }
 
+  Ref gather_point(const std::vector<Points>& instances, std::span<const size_t> lanes, int point) {
+    Points row;
+    for (size_t i : lanes) row.push_back(instances[i][point]);
+    return gather(std::move(row));
+  }
+
   std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
@@ -109,18 +116,13 @@ class Builder {
     std::vector<Points> outputs(instances.size());
     const std::vector<size_t> order = side_by_side(instances);
     for (size_t start = 0; start < instances.size(); start += g_.lanes()) {
-      const size_t used = std::min<size_t>(g_.lanes(), instances.size() - start);
+      const std::span lanes(order.begin() + start, std::min<size_t>(g_.lanes(), instances.size() - start));
       std::vector<Ref> in;
-      for (int n = 0; n < plan.length; ++n) {
-        Points row;
-        for (size_t l = 0; l < used; ++l) row.push_back(instances[order[start + l]][n]);
-        in.push_back(gather(row));
-      }
-      const auto end = order.begin() + start + used;
-      const bool has_first = std::find(order.begin() + start, end, 0) != end;
+      for (int n = 0; n < plan.length; ++n) in.push_back(gather_point(instances, lanes, n));
+      const bool has_first = std::find(lanes.begin(), lanes.end(), 0) != lanes.end();
       const std::vector<Ref> out = block(plan, in, sign, first == First::All || (first == First::One && has_first));
-      for (size_t l = 0; l < used; ++l)
-        for (Ref r : out) outputs[order[start + l]].push_back({r, static_cast<int>(l)});
+      for (size_t l = 0; l < lanes.size(); ++l)
+        for (Ref r : out) outputs[lanes[l]].push_back({r, static_cast<int>(l)});
     }
     return outputs;
   }
@@ -168,14 +170,13 @@ class Builder {
   void twiddle(std::vector<Points>& rows, const LinkMap& map, int sign, bool before_regrouping) {
     if (!before_regrouping) {
       const std::vector<size_t> order = side_by_side(rows);
-      for (size_t start = 0; start < rows.size(); start += g_.lanes())
+      for (size_t start = 0; start < rows.size(); start += g_.lanes()) {
+        const std::span lanes(order.begin() + start, std::min<size_t>(g_.lanes(), rows.size() - start));
         for (int j = 0; j < map.b; ++j) {
-          const size_t used = std::min<size_t>(g_.lanes(), rows.size() - start);
-          Points row;
-          for (size_t l = 0; l < used; ++l) row.push_back(rows[order[start + l]][j]);
-          const Ref v = gather(row);
-          for (size_t l = 0; l < used; ++l) rows[order[start + l]][j] = {v, static_cast<int>(l)};
+          const Ref v = gather_point(rows, lanes, j);
+          for (size_t l = 0; l < lanes.size(); ++l) rows[lanes[l]][j] = {v, static_cast<int>(l)};
         }
+      }
     }
     std::map<int, std::vector<std::pair<Point*, int>>> held;  // by node: its points and their exponents
     for (size_t r = 0; r < rows.size(); ++r)

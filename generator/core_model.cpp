@@ -136,7 +136,8 @@ class BodyStream {
 // Copies of a body one behind the other.
 class Pipeline {
  public:
-  explicit Pipeline(const std::vector<MicroOp>& body) : body_(body), size_(static_cast<int>(body.size())), done_(size_ * kCopies, kNever), ready_(done_.size()) {}
+  explicit Pipeline(const std::vector<MicroOp>& body)
+      : body_(body), size_(static_cast<int>(body.size())), done_(size_ * kCopies, kNever), ready_(done_.size()) {}
 
   double cycles_per_call() {
     while (next_ < static_cast<int>(done_.size()) || !queue_.empty()) {

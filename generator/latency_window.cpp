@@ -11,7 +11,8 @@ namespace {
 class LatencyWindow {
  public:
   LatencyWindow(const Program& program, const std::vector<int>& order, Window window)
-      : insts_(program.insts()), window_(window), pending_(order), users_(insts_.size()), done_(insts_.size(), -1), path_(insts_.size()) {
+      : insts_(program.insts()), window_(window), pending_(order), users_(insts_.size()), done_(insts_.size(), -1),
+        path_(insts_.size()) {
     for (int i : order) operands(i, [&](int o) { ++users_[o]; });
     for (auto i = order.rbegin(); i != order.rend(); ++i)
       operands(*i, [&](int o) { path_[o] = std::max(path_[o], path_[*i] + latency(insts_[*i])); });
