@@ -19,7 +19,7 @@ xfm_add_test(dct4_lapped_test LABEL dct4
 
 # The units once more, with the compiler's checks of undefined behaviour and of data races.
 function(dct4_sanitized name sanitizer)
-  xfm_add_test(${name} LABEL dct4 SOURCES ${ARGN} ${DCT4_UNITS} ${CMAKE_SOURCE_DIR}/src/owngenautolib.cpp
+  xfm_add_test(${name} LABEL dct4 PREFIX ${sanitizer}-sanitized. SOURCES ${ARGN} ${DCT4_UNITS} ${CMAKE_SOURCE_DIR}/src/owngenautolib.cpp
     LIBRARIES xfm_headers xfm_generator)
   add_dependencies(${name} xfm_dct4)
   target_compile_definitions(${name} PRIVATE ${dct4_sizes} XFM_DCT4_SANITIZED)
