@@ -50,12 +50,17 @@ struct Columns {
 [[gnu::always_inline]] inline void move_out(float* to, const float* from) { _mm256_storeu_ps(to, _mm256_load_ps(from)); }
 [[gnu::always_inline]] inline void move_out(double* to, const double* from) { _mm256_storeu_pd(to, _mm256_load_pd(from)); }
 
+// The same past the caches, to a whole line.
+[[gnu::always_inline]] inline void move_past(float* to, const float* from) { _mm256_stream_ps(to, _mm256_load_ps(from)); }
+[[gnu::always_inline]] inline void move_past(double* to, const double* from) { _mm256_stream_pd(to, _mm256_load_pd(from)); }
+
 // Whole rows, a multiple of V long, into a buffer and out of it.
 [[gnu::always_inline]] inline void copy_in(Real* row, const Real* src, ptrdiff_t elements) {
   for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_in(row + k, src + k);
 }
+template <bool past = false>
 [[gnu::always_inline]] inline void copy_out(Real* dst, const Real* row, ptrdiff_t elements) {
-  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_out(dst + k, row + k);
+  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) past ? move_past(dst + k, row + k) : move_out(dst + k, row + k);
 }
 
 struct StageAccess {

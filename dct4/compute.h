@@ -3,7 +3,8 @@
 // The length is n = d*m. Stage 1 (env5) folds src into d columns of m reals and transforms each, V columns at a time, into
 // the root's scratch: row 2g holds the real parts of bin g of all columns, row 2g+1 the imaginary parts. Stage 2 (env4)
 // twiddles and synthesises the groups, V at a time, from the scratch into dst. Columns that are too long are split by an
-// env7: its env9 transforms d' decimated sequences into the env7's scratch, its env8 combines them.
+// env7: its env9 transforms d' decimated sequences into the env7's scratch, its env8 combines them. Of long transforms env8
+// and env4 take turns, so that the root's scratch is read while a cache still holds it.
 //
 // Lengths are powers of two, so the rows that one kernel reads or writes fall on few sets of a cache, and each row is
 // wider than the vector that one kernel takes of it. Three things keep the traffic at one visit a line: an env7 takes all
@@ -14,21 +15,17 @@
 #include <stddef.h>
 
 #include "dct4/access.h"
-
-namespace xfm::dct4 {
-struct Rows {
-  ptrdiff_t columns;  // side by side
-  ptrdiff_t stride;   // from row to row
-};
-}  // namespace xfm::dct4
+#include "dct4/stages.h"
 
 extern "C" {
-XFM_INTERNAL XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t);
+XFM_INTERNAL XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t,
+                                              const xfm::dct4::Range& groups);
 XFM_INTERNAL XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Real* src);
 XFM_INTERNAL XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start,
                                               ptrdiff_t mirror, const xfm::dct4::Rows& result);
-XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t columns,
-                                              ptrdiff_t stride);
+XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w,
+                                              const xfm::dct4::Rows& result, ptrdiff_t half_step,
+                                              const xfm::dct4::Range& bins);
 XFM_INTERNAL XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
                                               ptrdiff_t mirror, ptrdiff_t columns);
 }
@@ -42,9 +39,27 @@ constexpr ptrdiff_t kWidest = 32;  // columns of a split
 
 // From these distances of rows on, in bytes, they go through a buffer; by measurement. Rows a multiple of 4096 bytes apart
 // share the sets of the first cache, which hurts most where every row of a scratch is written by halves.
-constexpr ptrdiff_t kFarApart = 16384, kFarApartBins = 4096;
+constexpr ptrdiff_t kFarApart = 16384, kFarApartBins = 4096, kSameSets = 4096;
 inline ptrdiff_t bytes_of(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)); }
-inline bool far_apart(ptrdiff_t elements) { return bytes_of(elements) >= kFarApart; }
+inline bool far_apart(ptrdiff_t elements) {
+  return bytes_of(elements) >= kFarApart && bytes_of(elements) % kSameSets == 0;
+}
+
+// From this size of the result on, stages 1 and 2 take turns; below, the second cache holds so much of all arrays that
+// shorter runs gain nothing.
+constexpr ptrdiff_t kTurns = 1 << 19;
+// Vectors of groups that stage 2 takes together: 128 bytes of a row. Where the stages take turns, stage 1 makes as many in each
+// stretch of bins, 256 KB in all, so that the second cache still holds them.
+constexpr ptrdiff_t kTogether = 4;
+
+// From this size of an array on, its rows are written past the caches: they would push out what is still to be read
+// before anybody reads them, and a line written whole need not be fetched first. Chosen by transforms whose result is
+// read by the next one.
+constexpr ptrdiff_t kPastCaches = 1 << 21;
+inline bool past_caches(const Real* first_row, ptrdiff_t elements) {
+  constexpr uintptr_t kLine = 64;
+  return bytes_of(elements) >= kPastCaches && reinterpret_cast<uintptr_t>(first_row) % kLine == 0;
+}
 
 using ForwardKernel = void(const Columns&, ptrdiff_t, Real*, ptrdiff_t);
 using CombineKernel = void(const Real*, ptrdiff_t, const Real*, const Real*, Real*, Real*, ptrdiff_t, ptrdiff_t);
@@ -100,30 +115,41 @@ struct Sections {
   static constexpr bool outer_first = radix == 32 && Precision::kCombine32SecondFirst;
 };
 
-// Bins h + m2*f and m2*f - 1 - h of every column for each h, from `columns` columns side by side to rows `stride` apart.
+// From the buffer: radix/2 bins upward, as many downward.
+template <int radix, bool past>
+[[gnu::always_inline]] inline void copy_bins(Real* rising, Real* falling, ptrdiff_t step, const Real* rows, const Rows& to) {
+  for (ptrdiff_t f = 0; f < radix; ++f) {
+    Real* const bin = f < radix / 2 ? rising + f * step : falling + (f - radix / 2) * step;
+    copy_out<past>(bin, rows + 2 * f * to.columns, to.columns);
+    copy_out<past>(bin + to.stride, rows + (2 * f + 1) * to.columns, to.columns);
+  }
+}
+
+// Bins h + m2*f and m2*f - 1 - h of every column for a range of h. Those of f = 0 run upward from t, those of f = 1
+// downward to t + half_step, and for every 2 more of f they lie 2*half_step further on.
 template <int radix, CombineKernel kernel>
-[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, ptrdiff_t columns,
-                                                      ptrdiff_t stride) {
+[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, const Rows& result,
+                                                      ptrdiff_t half_step, const Range& bins) {
   using Section = Sections<radix>;
   const Real* const table = static_cast<const Real*>(self->table);
-  const ptrdiff_t chunks = self->chunks, step = 2 * ptrdiff_t{self->cols} * stride;
-  const Real* inner = table + (Section::outer_first ? chunks * Section::outer * V : 0);
-  const Real* outer = table + (Section::outer_first ? 0 : chunks * Section::inner * V);
+  const ptrdiff_t chunks = self->chunks, columns = result.columns, stride = result.stride, step = 2 * half_step;
+  const Real* inner = table + (Section::outer_first ? chunks * Section::outer * V : 0) + bins.first * Section::inner * V;
+  const Real* outer = table + (Section::outer_first ? 0 : chunks * Section::inner * V) + bins.first * Section::outer * V;
+  w += bins.first * 2 * radix * columns;
   Real* rising = t;
-  Real* falling = t + step - 2 * stride;
+  Real* falling = t + half_step + 2 * stride * (bins.count - 1);
   alignas(32) Real rows[2 * radix * kWidest];
   const bool buffered = far_apart(step);
+  const bool past = buffered && past_caches(t, 2 * bins.count * radix * stride);
   const ptrdiff_t near = buffered ? columns : stride, next = buffered ? 2 * columns : step;
-  for (ptrdiff_t h = 0; h < chunks; ++h) {
+  for (ptrdiff_t h = 0; h < bins.count; ++h) {
     Real* const up = buffered ? rows : rising;
     Real* const down = buffered ? rows + radix * columns : falling;
     for (ptrdiff_t b = 0; b < columns; b += V) kernel(w + b, columns, inner, outer, up + b, down + b, near, next);
-    for (ptrdiff_t f = 0; buffered && f < radix / 2; ++f) {
-      copy_out(rising + f * step, rows + 2 * f * columns, columns);
-      copy_out(rising + f * step + stride, rows + (2 * f + 1) * columns, columns);
-      copy_out(falling + f * step, rows + (radix + 2 * f) * columns, columns);
-      copy_out(falling + f * step + stride, rows + (radix + 2 * f + 1) * columns, columns);
-    }
+    if (past)
+      copy_bins<radix, true>(rising, falling, step, rows, result);
+    else if (buffered)
+      copy_bins<radix, false>(rising, falling, step, rows, result);
     w += 2 * radix * columns;
     inner += Section::inner * V;
     outer += Section::outer * V;
@@ -133,37 +159,88 @@ template <int radix, CombineKernel kernel>
   return xfmStatusOk;
 }
 
+// From the buffer: outputs u = 0 .. d-1 upward from first, the others with the last of all below last + m.
+template <ptrdiff_t d, ptrdiff_t width, bool past>
+[[gnu::always_inline]] inline void copy_groups(Real* first, Real* last, ptrdiff_t m, const Real* rows) {
+  for (ptrdiff_t u = 0; u < d; ++u) {
+    copy_out<past>(first + m * u, rows + u * width, width);
+    copy_out<past>(last - m * u, rows + (2 * d - 1 - u) * width, width);
+  }
+}
+
 // Far rows of dst take K vectors of groups at once, by a buffer of 2d rows: outputs u = 0 .. d-1 upward, then
 // u = -1 .. -d, whose elements run downward in dst. Where rows are far apart the number of vectors is a multiple of K.
 template <int length, SynthesisKernel kernel>
-[[gnu::always_inline]] inline XfmStatus synthesise_groups(const Env4* self, Real* dst, const Real* t) {
-  constexpr ptrdiff_t K = 4, d = length / 2;
-  const Real* table = static_cast<const Real*>(self->table);
+[[gnu::always_inline]] inline XfmStatus synthesise_groups(const Env4* self, Real* dst, const Real* t,
+                                                          const Range& groups) {
+  constexpr ptrdiff_t K = kTogether, d = length / 2;
+  const Real* table = static_cast<const Real*>(self->table) + groups.first * length * V;
   const ptrdiff_t m = self->cols, wrap = self->wrap;
   alignas(32) Real rows[length * K * V];
   const bool buffered = far_apart(m);
+  const bool past = buffered && past_caches(dst, self->length) && past_caches(dst + wrap + 1, self->length);
   const ptrdiff_t together = buffered ? K : 1, step = buffered ? K * V : m;
-  for (ptrdiff_t i = 0; i < self->chunks; i += together) {
+  for (ptrdiff_t i = groups.first; i < groups.first + groups.count; i += together) {
     Real* const up = buffered ? rows : dst + V * i;
     Real* const down = buffered ? rows : dst;
     ptrdiff_t lowest = buffered ? (3 * d - 1) * K * V + V * (K - 1) : wrap - V * i - (V - 1);
     for (ptrdiff_t k = 0; k < together; ++k, t += length * V, table += length * V, lowest -= V)
       kernel(t, table, {up + V * k}, {down, lowest}, step);
-    for (ptrdiff_t u = 0; buffered && u < d; ++u) {
-      copy_out(dst + m * u + V * i, rows + u * K * V, K * V);
-      copy_out(dst + (wrap - m * (d + u) - V * (i + K) + 1), rows + (2 * d - 1 - u) * K * V, K * V);
-    }
+    Real* const last = dst + (wrap + 1 - m * d - V * (i + K));
+    if (past)
+      copy_groups<d, K * V, true>(dst + V * i, last, m, rows);
+    else if (buffered)
+      copy_groups<d, K * V, false>(dst + V * i, last, m, rows);
   }
   return xfmStatusOk;
+}
+
+// Stages 1 and 2 by turns: env8 for V*K values of h in a row makes K whole vectors of groups in each of d' stretches of
+// bins, rising and falling ones by turns, and env4 takes them at once. The stretches stand side by side in the front of t, one
+// bin further apart than they are long so that they spread over the sets of the first cache.
+inline void transform_by_turns(const Env7* split, const Env4* groups, Real* dst, Real* t, const Real* src,
+                               ptrdiff_t mirror, ptrdiff_t columns) {
+  constexpr ptrdiff_t K = kTogether;
+  const Env8* const combine = first_of<Env8>(split->stageOne);
+  Real* const w = static_cast<Real*>(split->scratch);
+  const ptrdiff_t stretch = 2 * columns * (V * K + 1), next = combine->cols / V;  // from f to f + 1, in t and in dst
+  XFM_DCT4(env9_compute)(first_of<Env9>(split->stageTwo), w, src, 0, mirror, columns);
+  for (ptrdiff_t h = 0; h < combine->chunks; h += V * K) {
+    XFM_DCT4(env8_compute)(combine, t, w, {columns, columns}, stretch, {h, V * K});
+    for (ptrdiff_t f = 0; f < combine->radix / 2; ++f) {
+      XFM_DCT4(env4_compute)(groups, dst, t + 2 * f * stretch, {f * next + h / V, K});
+      XFM_DCT4(env4_compute)(groups, dst, t + (2 * f + 1) * stretch, {(f + 1) * next - h / V - K, K});
+    }
+  }
+}
+
+inline void transform_in_order(const Env3* columns, const Env2* groups, Real* dst, Real* t, const Real* src) {
+  if (columns->rule == 1) XFM_DCT4(env5_compute)(first_of<Env5>(columns->stageOne), t, src);
+  if (groups->rule != 1) return;
+  const Env4* const synthesis = first_of<Env4>(groups->stageOne);
+  XFM_DCT4(env4_compute)(synthesis, dst, t, {0, synthesis->chunks});
+}
+
+// The env7 whose result stage 2 takes by turns, null if the stages run in order.
+inline const Env7* split_for_turns(const Env3* columns, const Env2* groups) {
+  if (columns->rule != 1 || groups->rule != 1) return nullptr;
+  const Env5* const forward = first_of<Env5>(columns->stageOne);
+  if (forward->rule != kPartGeneral) return nullptr;
+  const Env7* const split = first_of<Env7>(forward->stageOne);
+  return split->rule == 1 ? split : nullptr;
 }
 
 // The general rule of the root.
 inline XfmStatus transform_general(const Env1* self, Real* dst, const Real* src) {
   Real* const scratch = static_cast<Real*>(self->scratch);
   const Env3* const columns = first_of<Env3>(self->stageTwo);
-  if (columns->rule == 1) XFM_DCT4(env5_compute)(first_of<Env5>(columns->stageOne), scratch, src);
   const Env2* const groups = first_of<Env2>(self->stageOne);
-  if (groups->rule == 1) XFM_DCT4(env4_compute)(first_of<Env4>(groups->stageOne), dst, scratch);
+  const Env7* const split = bytes_of(self->length) < kTurns ? nullptr : split_for_turns(columns, groups);
+  if (split != nullptr)
+    transform_by_turns(split, first_of<Env4>(groups->stageOne), dst, scratch, src, columns->wrap, columns->radix);
+  else
+    transform_in_order(columns, groups, dst, scratch, src);
+  if (bytes_of(self->length) >= kPastCaches) __atomic_thread_fence(__ATOMIC_SEQ_CST);  // other threads see all rows
   return xfmStatusOk;
 }
 
@@ -194,7 +271,8 @@ XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Rea
   if (self->rule != 1) return kNoSuchRule;
   Real* const scratch = static_cast<Real*>(self->scratch);
   XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, result.columns);
-  XFM_DCT4(env8_compute)(first_of<Env8>(self->stageOne), t, scratch, result.columns, result.stride);
+  const Env8* const combine = first_of<Env8>(self->stageOne);
+  XFM_DCT4(env8_compute)(combine, t, scratch, result, combine->cols * result.stride, {0, combine->chunks});
   return xfmStatusOk;
 }
 
@@ -217,25 +295,26 @@ XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Rea
   return xfmStatusOk;
 }
 
-XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t columns, ptrdiff_t stride) {
+XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, const xfm::dct4::Rows& result,
+                                 ptrdiff_t half_step, const xfm::dct4::Range& bins) {
   using namespace xfm::dct4;
   switch (self->rule) {
-    case 3: return combine_parts<8, combine8>(self, t, w, columns, stride);
-    case 4: return combine_parts<16, combine16>(self, t, w, columns, stride);
-    case 5: return combine_parts<32, combine32>(self, t, w, columns, stride);
+    case 3: return combine_parts<8, combine8>(self, t, w, result, half_step, bins);
+    case 4: return combine_parts<16, combine16>(self, t, w, result, half_step, bins);
+    case 5: return combine_parts<32, combine32>(self, t, w, result, half_step, bins);
     default: return kNoSuchRule;
   }
 }
 
-XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t) {
+XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real* dst, const Real* t, const xfm::dct4::Range& groups) {
   using namespace xfm::dct4;
   switch (self->rule) {
 #ifdef XFM_DCT4_SYNTHESIS_8
-    case 3: return synthesise_groups<8, synthesis8>(self, dst, t);
+    case 3: return synthesise_groups<8, synthesis8>(self, dst, t, groups);
 #endif
-    case 4: return synthesise_groups<16, synthesis16>(self, dst, t);
-    case 5: return synthesise_groups<32, synthesis32>(self, dst, t);
-    case 6: return synthesise_groups<64, synthesis64>(self, dst, t);
+    case 4: return synthesise_groups<16, synthesis16>(self, dst, t, groups);
+    case 5: return synthesise_groups<32, synthesis32>(self, dst, t, groups);
+    case 6: return synthesise_groups<64, synthesis64>(self, dst, t, groups);
     default: return kNoSuchRule;
   }
 }

@@ -1,0 +1,191 @@
+// Where the time of a long DCT-IV goes: each stage by itself on a planned state, the whole transform beside them.
+//
+//   bench_dct4_stages [log2 of a length ...]
+//
+// Bytes are those a stage asks for, by the sizes in the objects: source, scratches, tables, destination; what an env8 below
+// the top reads of its table counts each time. Rows of a deeper level stand inside the env9 above them. env8 and env4
+// are measured over all their bins and groups in order; `after env9` is what the whole transform takes beyond its env9:
+// where the two take turns, less than their sum. Nanoseconds per transform, medians of interleaved rounds.
+#include <cstdio>
+#include <cstdlib>
+
+#include "bench/harness.h"
+#include "dct4/objects.h"
+#include "dct4/stages.h"
+
+using namespace xfm::dct4;
+
+#define STAGES(name, Real)                                                                          \
+  XfmStatus name##_env4_compute(const Env4*, Real* dst, const Real* t, const Range&);               \
+  XfmStatus name##_env5_compute(const Env5*, Real* t, const Real* src);                             \
+  XfmStatus name##_env8_compute(const Env8*, Real* t, const Real* w, const Rows&, ptrdiff_t, const Range&); \
+  XfmStatus name##_env9_compute(const Env9*, Real* w, const Real* src, ptrdiff_t, ptrdiff_t, ptrdiff_t);
+extern "C" {
+STAGES(owngDCT4_32fg9, float)
+STAGES(owngDCT4_64fg9, double)
+}
+
+namespace {
+
+template <class Real>
+struct Api;
+template <>
+struct Api<float> {
+  using State = XfmDCT4State_32f;
+  static constexpr const char* kName = "32f";
+  static constexpr auto init = xfmgDCT4InitAlloc_32f;
+  static constexpr auto transform = xfmgDCT4_32f;
+  static constexpr auto release = xfmgDCT4Free_32f;
+  static constexpr auto env4 = owngDCT4_32fg9_env4_compute;
+  static constexpr auto env5 = owngDCT4_32fg9_env5_compute;
+  static constexpr auto env8 = owngDCT4_32fg9_env8_compute;
+  static constexpr auto env9 = owngDCT4_32fg9_env9_compute;
+};
+template <>
+struct Api<double> {
+  using State = XfmDCT4State_64f;
+  static constexpr const char* kName = "64f";
+  static constexpr auto init = xfmgDCT4InitAlloc_64f;
+  static constexpr auto transform = xfmgDCT4_64f;
+  static constexpr auto release = xfmgDCT4Free_64f;
+  static constexpr auto env4 = owngDCT4_64fg9_env4_compute;
+  static constexpr auto env5 = owngDCT4_64fg9_env5_compute;
+  static constexpr auto env8 = owngDCT4_64fg9_env8_compute;
+  static constexpr auto env9 = owngDCT4_64fg9_env9_compute;
+};
+
+constexpr double kVectorBytes = 32;
+
+template <class Env>
+const Env* first_of(const EnvList* list) {
+  return static_cast<const Env*>(EnvList_get(list, 0));
+}
+
+struct Stage {
+  std::string name;
+  xfm::bench::Calls calls;
+  double read = 0, written = 0;  // bytes
+};
+
+// One use of an env7: where its result goes, which columns it takes.
+template <class Real>
+struct Use {
+  Real* t;
+  ptrdiff_t start, mirror;
+};
+
+template <class Real>
+class Stages {
+ public:
+  Stages(int n, const Env1* root, Real* dst, const Real* src) : n_(n), src_(src) {
+    const Env5* const forward = first_of<Env5>(first_of<Env3>(root->stageTwo)->stageOne);
+    Real* const t = static_cast<Real*>(root->scratch);
+    if (forward->stageOne->item == nullptr)
+      add("env5", [=](long) { Api<Real>::env5(forward, t, src); }, 0);
+    else
+      add_level(first_of<Env7>(forward->stageOne), {{t, 0, forward->wrap}}, {forward->radix, forward->radix}, 1);
+    const Env4* const groups = first_of<Env4>(first_of<Env2>(root->stageOne)->stageOne);
+    add("env4", [=](long) { Api<Real>::env4(groups, dst, t, {0, groups->chunks}); },
+        2 * groups->radix * kVectorBytes * groups->chunks);
+  }
+  const std::vector<Stage>& all() const { return stages_; }
+
+ private:
+  // Every stage reads n elements and writes n, and reads its table.
+  void add(const std::string& name, const std::function<void(long)>& once, double table) {
+    const double elements = static_cast<double>(n_) * sizeof(Real);
+    const auto calls = [once](long count) {
+      for (; count > 0; --count) once(count);
+    };
+    stages_.push_back({name, calls, elements + table, elements});
+  }
+
+  void add_level(const Env7* split, const std::vector<Use<Real>>& uses, const Rows& result, int level) {
+    const Env9* const parts = first_of<Env9>(split->stageTwo);
+    const Env8* const combine = first_of<Env8>(split->stageOne);
+    Real* const w = static_cast<Real*>(split->scratch);
+    const Real* const src = src_;
+    const std::string mark = level == 1 ? "" : " level " + std::to_string(level);
+    if (parts->stageOne->item != nullptr) {
+      std::vector<Use<Real>> inner;
+      for (const Use<Real>& use : uses)
+        for (ptrdiff_t r = 0; r < parts->radix; ++r)
+          inner.push_back({w + r * result.columns, use.start + r * parts->outerSpan, use.mirror - 2 * r * parts->outerSpan});
+      add_level(first_of<Env7>(parts->stageOne), inner, {result.columns, parts->radix * result.columns}, level + 1);
+    }
+    add("env9" + mark,
+        [=](long) {
+          for (const Use<Real>& use : uses) Api<Real>::env9(parts, w, src, use.start, use.mirror, result.columns);
+        },
+        0);
+    if (parts->stageOne->item != nullptr) {  // moves what the env9 and the env8 below it move
+      Stage& whole = stages_.back();
+      const Stage &inner_parts = stages_[stages_.size() - 3], &inner_combine = stages_[stages_.size() - 2];
+      whole.read = inner_parts.read + inner_combine.read;
+      whole.written = inner_parts.written + inner_combine.written;
+    }
+    add("env8" + mark,
+        [=](long) {
+          for (const Use<Real>& use : uses)
+            Api<Real>::env8(combine, use.t, w, result, combine->cols * result.stride, {0, combine->chunks});
+        },
+        (2 * combine->radix - 2) * kVectorBytes * combine->chunks * static_cast<double>(uses.size()));
+  }
+
+  int n_;
+  const Real* src_;
+  std::vector<Stage> stages_;
+};
+
+template <class Real>
+void measure(int n) {
+  typename Api<Real>::State* state = nullptr;
+  if (Api<Real>::init(&state, n) != xfmStatusOk) exit(1);
+  xfm::bench::Memory memory(2 * n * sizeof(Real) + 4096);
+  Real* const x = memory.array<Real>(n);
+  Real* const y = memory.array<Real>(n);
+  for (int i = 0; i < n; ++i) x[i] = static_cast<Real>(std::sin(0.7 * i * i));
+  const Env1* const root = reinterpret_cast<const Env1*>(state);
+  if (root->scratch == nullptr) {
+    fprintf(stderr, "bench_dct4_stages: length %d has no stages\n", n);
+    exit(1);
+  }
+  const Stages<Real> stages(n, root, y, x);
+  std::vector<xfm::bench::Calls> calls;
+  for (const Stage& s : stages.all()) calls.push_back(s.calls);
+  calls.push_back([&](long count) {
+    for (; count > 0; --count) Api<Real>::transform(x, y, state);
+  });
+  const std::vector<double> ns = xfm::bench::race(calls, {.rounds = 15, .microseconds = 2000}).ns;
+  const auto row = [&](const std::string& name, double time) {
+    printf("%s\t%d\t%s\t%.0f\t%.2f", Api<Real>::kName, n, name.c_str(), time, time / n);
+  };
+  double env9 = 0;
+  for (size_t i = 0; i < stages.all().size(); ++i) {
+    const Stage& s = stages.all()[i];
+    row(s.name, ns[i]);
+    printf("\t%.2f\t%.2f\t%.2f\n", s.read / n, s.written / n, (s.read + s.written) / ns[i]);
+    if (s.name == "env9") env9 = ns[i];
+  }
+  if (env9 > 0) row("after env9", ns.back() - env9), printf("\t\t\t\n");
+  row("transform", ns.back()), printf("\t\t\t\n");
+  fflush(stdout);
+  Api<Real>::release(state);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<int> exponents;
+  for (int i = 1; i < argc; ++i) exponents.push_back(atoi(argv[i]));
+  if (argc == 1)
+    for (int e = 12; e <= 22; ++e) exponents.push_back(e);
+  for (const int e : exponents)
+    if (e < 7 || e > 25) {
+      fprintf(stderr, "usage: bench_dct4_stages [log2 of a length, 7 to 25 ...]\n");
+      return 1;
+    }
+  printf("type\tlength\tstage\tns\tns_per_element\tread_per_element\twritten_per_element\tbytes_per_ns\n");
+  for (const int e : exponents) measure<float>(1 << e);
+  for (const int e : exponents) measure<double>(1 << e);
+}
