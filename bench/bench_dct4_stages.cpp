@@ -18,8 +18,8 @@ using namespace xfm::dct4;
 #define STAGES(name, Real)                                                                          \
   XfmStatus name##_env4_compute(const Env4*, Real* dst, const Real* t, const Range&);               \
   XfmStatus name##_env5_compute(const Env5*, Real* t, const Real* src);                             \
-  XfmStatus name##_env8_compute(const Env8*, Real* t, const Real* w, const Rows&, ptrdiff_t, const Range&); \
-  XfmStatus name##_env9_compute(const Env9*, Real* w, const Real* src, ptrdiff_t, ptrdiff_t, ptrdiff_t);
+  XfmStatus name##_env8_compute(const Env8*, Real* t, const Real* w, ptrdiff_t, ptrdiff_t, const Range&); \
+  XfmStatus name##_env9_compute(const Env9*, Real* w, const Real* src, ptrdiff_t, ptrdiff_t);
 extern "C" {
 STAGES(owngDCT4_32fg9, float)
 STAGES(owngDCT4_64fg9, double)
@@ -83,7 +83,7 @@ class Stages {
     if (forward->stageOne->item == nullptr)
       add("env5", [=](long) { Api<Real>::env5(forward, t, src); }, 0);
     else
-      add_level(first_of<Env7>(forward->stageOne), {{t, 0, forward->wrap}}, {forward->radix, forward->radix}, 1);
+      add_level(first_of<Env7>(forward->stageOne), {{t, 0, forward->wrap}}, kColumns, 1);
     const Env4* const groups = first_of<Env4>(first_of<Env2>(root->stageOne)->stageOne);
     add("env4", [=](long) { Api<Real>::env4(groups, dst, t, {0, groups->chunks}); },
         2 * groups->radix * kVectorBytes * groups->chunks);
@@ -100,7 +100,7 @@ class Stages {
     stages_.push_back({name, calls, elements + table, elements});
   }
 
-  void add_level(const Env7* split, const std::vector<Use<Real>>& uses, const Rows& result, int level) {
+  void add_level(const Env7* split, const std::vector<Use<Real>>& uses, ptrdiff_t stride, int level) {
     const Env9* const parts = first_of<Env9>(split->stageTwo);
     const Env8* const combine = first_of<Env8>(split->stageOne);
     Real* const w = static_cast<Real*>(split->scratch);
@@ -110,12 +110,12 @@ class Stages {
       std::vector<Use<Real>> inner;
       for (const Use<Real>& use : uses)
         for (ptrdiff_t r = 0; r < parts->radix; ++r)
-          inner.push_back({w + r * result.columns, use.start + r * parts->outerSpan, use.mirror - 2 * r * parts->outerSpan});
-      add_level(first_of<Env7>(parts->stageOne), inner, {result.columns, parts->radix * result.columns}, level + 1);
+          inner.push_back({w + r * kColumns, use.start + r * parts->outerSpan, use.mirror - 2 * r * parts->outerSpan});
+      add_level(first_of<Env7>(parts->stageOne), inner, parts->radix * kColumns, level + 1);
     }
     add("env9" + mark,
         [=](long) {
-          for (const Use<Real>& use : uses) Api<Real>::env9(parts, w, src, use.start, use.mirror, result.columns);
+          for (const Use<Real>& use : uses) Api<Real>::env9(parts, w, src, use.start, use.mirror);
         },
         0);
     if (parts->stageOne->item != nullptr) {  // moves what the env9 and the env8 below it move
@@ -127,7 +127,7 @@ class Stages {
     add("env8" + mark,
         [=](long) {
           for (const Use<Real>& use : uses)
-            Api<Real>::env8(combine, use.t, w, result, combine->cols * result.stride, {0, combine->chunks});
+            Api<Real>::env8(combine, use.t, w, stride, combine->cols * stride, {0, combine->chunks});
         },
         (2 * combine->radix - 2) * kVectorBytes * combine->chunks * static_cast<double>(uses.size()));
   }

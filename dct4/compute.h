@@ -22,12 +22,11 @@ XFM_INTERNAL XfmStatus XFM_DCT4(env4_compute)(const xfm::dct4::Env4* self, Real*
                                               const xfm::dct4::Range& groups);
 XFM_INTERNAL XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Real* src);
 XFM_INTERNAL XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start,
-                                              ptrdiff_t mirror, const xfm::dct4::Rows& result);
+                                              ptrdiff_t mirror, ptrdiff_t stride);
 XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w,
-                                              const xfm::dct4::Rows& result, ptrdiff_t half_step,
-                                              const xfm::dct4::Range& bins);
+                                              ptrdiff_t stride, ptrdiff_t half_step, const xfm::dct4::Range& bins);
 XFM_INTERNAL XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
-                                              ptrdiff_t mirror, ptrdiff_t columns);
+                                              ptrdiff_t mirror);
 }
 
 namespace xfm::dct4 {
@@ -35,11 +34,13 @@ namespace {
 
 constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
 constexpr ptrdiff_t V = Precision::kLanes;
-constexpr ptrdiff_t kWidest = 32;  // columns of a split
 
 // From these distances of rows on, in bytes, they go through a buffer; by measurement. Rows a multiple of 4096 bytes apart
 // share the sets of the first cache, which hurts most where every row of a scratch is written by halves.
 constexpr ptrdiff_t kFarApart = 16384, kFarApartBins = 4096, kSameSets = 4096;
+// A kernel that writes so many rows always writes to the buffer: its addresses are constants then. Addresses worked out at
+// run time take registers and issue slots and cost more than the copy.
+constexpr ptrdiff_t kManyRows = 32;
 inline ptrdiff_t bytes_of(ptrdiff_t elements) { return elements * static_cast<ptrdiff_t>(sizeof(Real)); }
 inline bool far_apart(ptrdiff_t elements) {
   return bytes_of(elements) >= kFarApart && bytes_of(elements) % kSameSets == 0;
@@ -70,39 +71,41 @@ const Env* first_of(const EnvList* stage) {
   return static_cast<const Env*>(EnvList_get(stage, 0));
 }
 
-template <ForwardKernel kernel>
+// A kernel that is used with one number of columns only is given it.
+template <ForwardKernel kernel, ptrdiff_t columns = 0>
 [[gnu::always_inline]] inline XfmStatus transform_columns(const Env5* self, Real* t, const Real* src) {
+  const ptrdiff_t step = columns ? 2 * columns : self->span, stride = columns ? columns : self->radix;
   for (ptrdiff_t i = 0; i < self->vecRadix; ++i)
-    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), self->span, t + V * i, self->radix);
+    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), step, t + V * i, stride);
   return xfmStatusOk;
 }
 
 // The samples of one decimated sequence of all columns, row by row: rising t, falling t, the last one.
 template <int length>
-[[gnu::always_inline]] inline void copy_samples(Real* rows, const Columns& x, ptrdiff_t step, ptrdiff_t columns) {
-  const ptrdiff_t wider = columns - V;  // the reflected columns of a row lie below those of its first vector
-  for (ptrdiff_t t = 0; t < length / 2; ++t) copy_in(rows + t * columns, x.x + x.up + t * step, columns);
-  rows += (length / 2 - 1) * columns;
-  for (ptrdiff_t t = 1; t < length / 2; ++t) copy_in(rows + t * columns, x.x + x.down - wider + t * step, columns);
-  copy_in(rows + length / 2 * columns, x.x + x.end - wider, columns);
+[[gnu::always_inline]] inline void copy_samples(Real* rows, const Columns& x, ptrdiff_t step) {
+  constexpr ptrdiff_t wider = kColumns - V;  // the reflected columns of a row lie below those of its first vector
+  for (ptrdiff_t t = 0; t < length / 2; ++t) copy_in(rows + t * kColumns, x.x + x.up + t * step, kColumns);
+  rows += (length / 2 - 1) * kColumns;
+  for (ptrdiff_t t = 1; t < length / 2; ++t) copy_in(rows + t * kColumns, x.x + x.down - wider + t * step, kColumns);
+  copy_in(rows + length / 2 * kColumns, x.x + x.end - wider, kColumns);
 }
 
 template <int length, ForwardKernel kernel>
 [[gnu::always_inline]] inline XfmStatus transform_decimated(const Env9* self, Real* w, const Real* src, ptrdiff_t start,
-                                                            ptrdiff_t mirror, ptrdiff_t columns) {
-  const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * columns;
-  alignas(32) Real rows[length * kWidest], bins[length * kWidest];
-  const bool buffered = far_apart(step), bins_buffered = bytes_of(stride) >= kFarApartBins;
-  for (ptrdiff_t r = 0; r < self->radix; ++r, w += columns, start += shift, mirror -= 2 * shift) {
-    if (buffered) copy_samples<length>(rows, source_columns(src, start, mirror), step, columns);
+                                                            ptrdiff_t mirror) {
+  const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * kColumns;
+  alignas(32) Real rows[length * kColumns], bins[length * kColumns];
+  const bool buffered = far_apart(step), bins_buffered = kManyRows <= length || bytes_of(stride) >= kFarApartBins;
+  for (ptrdiff_t r = 0; r < self->radix; ++r, w += kColumns, start += shift, mirror -= 2 * shift) {
+    if (buffered) copy_samples<length>(rows, source_columns(src, start, mirror), step);
     Real* const y = bins_buffered ? bins : w;
-    for (ptrdiff_t b = 0; b < columns; b += V) {
-      const ptrdiff_t reflected = columns - V - b;
-      const Columns copied = {rows, b, (length / 2 - 1) * columns + reflected, (length - 1) * columns + reflected};
-      kernel(buffered ? copied : source_columns(src, start + b, mirror - 2 * b), buffered ? columns : step, y + b,
-             bins_buffered ? columns : stride);
+    for (ptrdiff_t b = 0; b < kColumns; b += V) {
+      const ptrdiff_t reflected = kColumns - V - b;
+      const Columns copied = {rows, b, (length / 2 - 1) * kColumns + reflected, (length - 1) * kColumns + reflected};
+      kernel(buffered ? copied : source_columns(src, start + b, mirror - 2 * b), buffered ? kColumns : step, y + b,
+             bins_buffered ? kColumns : stride);
     }
-    for (ptrdiff_t k = 0; bins_buffered && k < length; ++k) copy_out(w + k * stride, bins + k * columns, columns);
+    for (ptrdiff_t k = 0; bins_buffered && k < length; ++k) copy_out(w + k * stride, bins + k * kColumns, kColumns);
   }
   return xfmStatusOk;
 }
@@ -117,40 +120,41 @@ struct Sections {
 
 // From the buffer: radix/2 bins upward, as many downward.
 template <int radix, bool past>
-[[gnu::always_inline]] inline void copy_bins(Real* rising, Real* falling, ptrdiff_t step, const Real* rows, const Rows& to) {
+[[gnu::always_inline]] inline void copy_bins(Real* rising, Real* falling, ptrdiff_t stride, ptrdiff_t step,
+                                             const Real* rows) {
   for (ptrdiff_t f = 0; f < radix; ++f) {
     Real* const bin = f < radix / 2 ? rising + f * step : falling + (f - radix / 2) * step;
-    copy_out<past>(bin, rows + 2 * f * to.columns, to.columns);
-    copy_out<past>(bin + to.stride, rows + (2 * f + 1) * to.columns, to.columns);
+    copy_out<past>(bin, rows + 2 * f * kColumns, kColumns);
+    copy_out<past>(bin + stride, rows + (2 * f + 1) * kColumns, kColumns);
   }
 }
 
 // Bins h + m2*f and m2*f - 1 - h of every column for a range of h. Those of f = 0 run upward from t, those of f = 1
 // downward to t + half_step, and for every 2 more of f they lie 2*half_step further on.
 template <int radix, CombineKernel kernel>
-[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, const Rows& result,
+[[gnu::always_inline]] inline XfmStatus combine_parts(const Env8* self, Real* t, const Real* w, ptrdiff_t stride,
                                                       ptrdiff_t half_step, const Range& bins) {
   using Section = Sections<radix>;
   const Real* const table = static_cast<const Real*>(self->table);
-  const ptrdiff_t chunks = self->chunks, columns = result.columns, stride = result.stride, step = 2 * half_step;
+  const ptrdiff_t chunks = self->chunks, step = 2 * half_step;
   const Real* inner = table + (Section::outer_first ? chunks * Section::outer * V : 0) + bins.first * Section::inner * V;
   const Real* outer = table + (Section::outer_first ? 0 : chunks * Section::inner * V) + bins.first * Section::outer * V;
-  w += bins.first * 2 * radix * columns;
+  w += bins.first * 2 * radix * kColumns;
   Real* rising = t;
   Real* falling = t + half_step + 2 * stride * (bins.count - 1);
-  alignas(32) Real rows[2 * radix * kWidest];
-  const bool buffered = far_apart(step);
-  const bool past = buffered && past_caches(t, 2 * bins.count * radix * stride);
-  const ptrdiff_t near = buffered ? columns : stride, next = buffered ? 2 * columns : step;
+  alignas(32) Real rows[2 * radix * kColumns];
+  const bool far = far_apart(step), buffered = kManyRows <= 2 * radix || far;
+  const bool past = far && past_caches(t, 2 * bins.count * radix * stride);
+  const ptrdiff_t near = buffered ? kColumns : stride, next = buffered ? 2 * kColumns : step;
   for (ptrdiff_t h = 0; h < bins.count; ++h) {
     Real* const up = buffered ? rows : rising;
-    Real* const down = buffered ? rows + radix * columns : falling;
-    for (ptrdiff_t b = 0; b < columns; b += V) kernel(w + b, columns, inner, outer, up + b, down + b, near, next);
+    Real* const down = buffered ? rows + radix * kColumns : falling;
+    for (ptrdiff_t b = 0; b < kColumns; b += V) kernel(w + b, kColumns, inner, outer, up + b, down + b, near, next);
     if (past)
-      copy_bins<radix, true>(rising, falling, step, rows, result);
+      copy_bins<radix, true>(rising, falling, stride, step, rows);
     else if (buffered)
-      copy_bins<radix, false>(rising, falling, step, rows, result);
-    w += 2 * radix * columns;
+      copy_bins<radix, false>(rising, falling, stride, step, rows);
+    w += 2 * radix * kColumns;
     inner += Section::inner * V;
     outer += Section::outer * V;
     rising += 2 * stride;
@@ -199,14 +203,14 @@ template <int length, SynthesisKernel kernel>
 // bins, rising and falling ones by turns, and env4 takes them at once. The stretches stand side by side in the front of t, one
 // bin further apart than they are long so that they spread over the sets of the first cache.
 inline void transform_by_turns(const Env7* split, const Env4* groups, Real* dst, Real* t, const Real* src,
-                               ptrdiff_t mirror, ptrdiff_t columns) {
+                               ptrdiff_t mirror) {
   constexpr ptrdiff_t K = kTogether;
   const Env8* const combine = first_of<Env8>(split->stageOne);
   Real* const w = static_cast<Real*>(split->scratch);
-  const ptrdiff_t stretch = 2 * columns * (V * K + 1), next = combine->cols / V;  // from f to f + 1, in t and in dst
-  XFM_DCT4(env9_compute)(first_of<Env9>(split->stageTwo), w, src, 0, mirror, columns);
+  const ptrdiff_t stretch = 2 * kColumns * (V * K + 1), next = combine->cols / V;  // from f to f + 1, in t and in dst
+  XFM_DCT4(env9_compute)(first_of<Env9>(split->stageTwo), w, src, 0, mirror);
   for (ptrdiff_t h = 0; h < combine->chunks; h += V * K) {
-    XFM_DCT4(env8_compute)(combine, t, w, {columns, columns}, stretch, {h, V * K});
+    XFM_DCT4(env8_compute)(combine, t, w, kColumns, stretch, {h, V * K});
     for (ptrdiff_t f = 0; f < combine->radix / 2; ++f) {
       XFM_DCT4(env4_compute)(groups, dst, t + 2 * f * stretch, {f * next + h / V, K});
       XFM_DCT4(env4_compute)(groups, dst, t + (2 * f + 1) * stretch, {(f + 1) * next - h / V - K, K});
@@ -237,7 +241,7 @@ inline XfmStatus transform_general(const Env1* self, Real* dst, const Real* src)
   const Env2* const groups = first_of<Env2>(self->stageOne);
   const Env7* const split = bytes_of(self->length) < kTurns ? nullptr : split_for_turns(columns, groups);
   if (split != nullptr)
-    transform_by_turns(split, first_of<Env4>(groups->stageOne), dst, scratch, src, columns->wrap, columns->radix);
+    transform_by_turns(split, first_of<Env4>(groups->stageOne), dst, scratch, src, columns->wrap);
   else
     transform_in_order(columns, groups, dst, scratch, src);
   if (bytes_of(self->length) >= kPastCaches) __atomic_thread_fence(__ATOMIC_SEQ_CST);  // other threads see all rows
@@ -255,53 +259,50 @@ XfmStatus XFM_DCT4(env5_compute)(const xfm::dct4::Env5* self, Real* t, const Rea
     case 3: return transform_columns<forward8>(self, t, src);
     case 4: return transform_columns<forward16>(self, t, src);
     case 5: return transform_columns<forward32>(self, t, src);
-    case 6: return transform_columns<forward64>(self, t, src);
+    case 6: return transform_columns<forward64, 32>(self, t, src);
     case kPartGeneral: break;
     default: return kNoSuchRule;
   }
-  const Rows rows = {self->radix, self->radix};
-  XFM_DCT4(env7_compute)(first_of<Env7>(self->stageOne), t, src, 0, self->wrap, rows);
+  XFM_DCT4(env7_compute)(first_of<Env7>(self->stageOne), t, src, 0, self->wrap, kColumns);
   return xfmStatusOk;
 }
 
-// All columns from start on.
+// All columns from start on; rows of t stand stride apart.
 XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Real* src, ptrdiff_t start, ptrdiff_t mirror,
-                                 const xfm::dct4::Rows& result) {
+                                 ptrdiff_t stride) {
   using namespace xfm::dct4;
   if (self->rule != 1) return kNoSuchRule;
   Real* const scratch = static_cast<Real*>(self->scratch);
-  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror, result.columns);
+  XFM_DCT4(env9_compute)(first_of<Env9>(self->stageTwo), scratch, src, start, mirror);
   const Env8* const combine = first_of<Env8>(self->stageOne);
-  XFM_DCT4(env8_compute)(combine, t, scratch, result, combine->cols * result.stride, {0, combine->chunks});
+  XFM_DCT4(env8_compute)(combine, t, scratch, stride, combine->cols * stride, {0, combine->chunks});
   return xfmStatusOk;
 }
 
 // Sequence r, bin h: the real part in row 2d'h + r of w, the imaginary part in row 2d'h + d' + r.
-XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start, ptrdiff_t mirror,
-                                 ptrdiff_t columns) {
+XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start, ptrdiff_t mirror) {
   using namespace xfm::dct4;
   switch (self->rule) {
-    case 4: return transform_decimated<16, forward16>(self, w, src, start, mirror, columns);
-    case 5: return transform_decimated<32, forward32>(self, w, src, start, mirror, columns);
-    case 6: return transform_decimated<64, forward64>(self, w, src, start, mirror, columns);
+    case 4: return transform_decimated<16, forward16>(self, w, src, start, mirror);
+    case 5: return transform_decimated<32, forward32>(self, w, src, start, mirror);
+    case 6: return transform_decimated<64, forward64>(self, w, src, start, mirror);
     case kPartGeneral: break;
     default: return kNoSuchRule;
   }
   const Env7* const split = first_of<Env7>(self->stageOne);
   const ptrdiff_t shift = self->outerSpan;
-  const Rows rows = {columns, self->radix * columns};
   for (ptrdiff_t r = 0; r < self->radix; ++r)
-    XFM_DCT4(env7_compute)(split, w + r * columns, src, start + r * shift, mirror - 2 * r * shift, rows);
+    XFM_DCT4(env7_compute)(split, w + r * kColumns, src, start + r * shift, mirror - 2 * r * shift, self->radix * kColumns);
   return xfmStatusOk;
 }
 
-XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, const xfm::dct4::Rows& result,
+XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t stride,
                                  ptrdiff_t half_step, const xfm::dct4::Range& bins) {
   using namespace xfm::dct4;
   switch (self->rule) {
-    case 3: return combine_parts<8, combine8>(self, t, w, result, half_step, bins);
-    case 4: return combine_parts<16, combine16>(self, t, w, result, half_step, bins);
-    case 5: return combine_parts<32, combine32>(self, t, w, result, half_step, bins);
+    case 3: return combine_parts<8, combine8>(self, t, w, stride, half_step, bins);
+    case 4: return combine_parts<16, combine16>(self, t, w, stride, half_step, bins);
+    case 5: return combine_parts<32, combine32>(self, t, w, stride, half_step, bins);
     default: return kNoSuchRule;
   }
 }

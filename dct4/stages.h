@@ -1,14 +1,12 @@
-// What the stages are told beyond their objects. Plain records: the benchmark of the stages calls them too.
+// What the stages know and are told beyond their objects. The benchmark of the stages calls them too.
 #pragma once
 
 #include <stddef.h>
 
 namespace xfm::dct4 {
 
-struct Rows {
-  ptrdiff_t columns;  // side by side
-  ptrdiff_t stride;   // from row to row
-};
+// Every length with a split of columns (4096 and up) has so many of them, side by side in each row.
+constexpr ptrdiff_t kColumns = 32;
 
 // Part of a stage's loop: values of h, or vectors of groups.
 struct Range {
