@@ -5,12 +5,12 @@
 // Rivals, in the same run: FFTW's own DCT-IV (REDFT11), and FFTW's complex transform of n/2 points between two twiddle
 // passes,
 //   z[k] = (x[2k] + i x[n-1-2k]) w[k],  Z = DFT(z),  y[2k] - i y[n-1-2k] = Z[k] w[k],  w[k] = exp(-i pi (8k+1)/(8n)).
-// Rounds are interleaved, a figure is the median over the rounds in nanoseconds per transform.
+// Rounds are interleaved and every measurement begins with a call that isn't timed, so that the caches hold what the
+// contestant uses; a figure is the median over the rounds in nanoseconds per transform.
 #include <fftw3.h>
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <time.h>
 
 #include <algorithm>
 #include <complex>
@@ -18,6 +18,7 @@
 #include <random>
 #include <vector>
 
+#include "bench/harness.h"
 #include "xfm.h"
 
 namespace {
@@ -107,24 +108,6 @@ class HalfLength {
   typename Api<T>::Plan plan_;
 };
 
-// Processor time of this thread: what else the machine does is left out, but for the caches it takes.
-double thread_time() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return 1e9 * static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec);
-}
-
-double nanoseconds(const std::function<void()>& call, int repeats) {
-  const double start = thread_time();
-  for (int i = 0; i < repeats; ++i) call();
-  return (thread_time() - start) / repeats;
-}
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-  return values[values.size() / 2];
-}
-
 template <class T>
 double difference(const T* a, const T* b, int n) {
   double square = 0, norm = 0;
@@ -136,9 +119,15 @@ double difference(const T* a, const T* b, int n) {
 }
 
 struct Means {
-  double half = 0, dct = 0, slowest = 0;
-  int sizes = 0;
+  xfm::bench::GeometricMean half, dct;
+  double slowest = 0;
 };
+
+xfm::bench::Calls repeated(const std::function<void()>& call) {
+  return [call](long count) {
+    for (; count > 0; --count) call();
+  };
+}
 
 template <class T>
 void measure(int n, int rounds, Means& means) {
@@ -160,17 +149,13 @@ void measure(int n, int rounds, Means& means) {
     fprintf(stderr, "the transforms of length %d differ\n", n);
     exit(1);
   }
-  const int repeats = static_cast<int>(std::max(1.0, 2e6 / std::max(20.0, nanoseconds(calls[0], 10))));
-  std::vector<double> times[3];
-  for (int round = 0; round < rounds; ++round)
-    for (int c = 0; c < 3; ++c) times[c].push_back(nanoseconds(calls[c], repeats));
-  const double own = median(times[0]), by_half = median(times[1]), by_dct = median(times[2]);
-  printf("%s\t%d\t%.1f\t%.1f\t%.1f\t%.3f\t%.3f\n", Api<T>::kName, n, own, by_half, by_dct, own / by_half, own / by_dct);
+  const std::vector<double> ns =
+      xfm::bench::race({repeated(calls[0]), repeated(calls[1]), repeated(calls[2])}, {.rounds = rounds, .microseconds = 2000}).ns;
+  printf("%s\t%d\t%.1f\t%.1f\t%.1f\t%.3f\t%.3f\n", Api<T>::kName, n, ns[0], ns[1], ns[2], ns[0] / ns[1], ns[0] / ns[2]);
   fflush(stdout);
-  means.half += log(own / by_half);
-  means.dct += log(own / by_dct);
-  means.slowest = std::max(means.slowest, own / by_dct);
-  ++means.sizes;
+  means.half.add(ns[0] / ns[1]);
+  means.dct.add(ns[0] / ns[2]);
+  means.slowest = std::max(means.slowest, ns[0] / ns[2]);
   Api<T>::destroy(dct);
   Api<T>::release(state);
 }
@@ -181,7 +166,7 @@ void measure_all(int first, int last, int rounds) {
   Means means;
   for (int e = first; e <= last; ++e) measure<T>(1 << e, rounds, means);
   printf("# %s: geometric mean %.3f of the half-length rival, %.3f of REDFT11 (worst %.3f)\n", Api<T>::kName,
-         exp(means.half / means.sizes), exp(means.dct / means.sizes), means.slowest);
+         means.half.value(), means.dct.value(), means.slowest);
 }
 
 }  // namespace

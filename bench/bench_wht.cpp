@@ -4,7 +4,7 @@
 //
 // against FFTW's real transform of size 2 in `order` dimensions (unscaled), a plain loop over 256-bit registers in the
 // same order of levels, and two floors (wht_floors.tsv). Rounds are interleaved; a figure is the median over the
-// rounds in nanoseconds of processor time per transform. The results of both rivals are compared with the library's
+// rounds in nanoseconds per transform. The results of both rivals are compared with the library's
 // before any timing. The floors leave out what a call costs; the first line says it. An alignment of 4096 puts all
 // arrays at the start of a page, where the same elements compete for the same sets of the first-level cache.
 #include <algorithm>
@@ -12,12 +12,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench/harness.h"
 #include "bench/wht_rivals.h"
 #include "generator/table.h"
 #include "xfm.h"
@@ -68,51 +67,13 @@ struct Arrays {
   T *src, *dst, *other, *buffer;
 };
 
-// Of the processor: what other programs take in between does not count.
-double thread_seconds() {
-  timespec now;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-double seconds_of(const std::function<void(long)>& calls, long count) {
-  const double start = thread_seconds();
-  calls(count);
-  return thread_seconds() - start;
-}
-
-// Calls that take about that long together.
-long calls_in(const std::function<void(long)>& calls, double seconds) {
-  long count = 1;
-  while (seconds_of(calls, count) < seconds) count *= 2;
-  return count;
-}
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-  return values[values.size() / 2];
-}
-
-// Nanoseconds per transform of each contestant.
-std::vector<double> race(const std::vector<std::function<void(long)>>& contestants, int rounds, double seconds) {
-  std::vector<long> counts;
-  for (const auto& c : contestants) counts.push_back(calls_in(c, seconds));
-  std::vector<std::vector<double>> times(contestants.size());
-  for (int round = 0; round < rounds; ++round)
-    for (size_t i = 0; i < contestants.size(); ++i)
-      times[i].push_back(seconds_of(contestants[i], counts[i]) / static_cast<double>(counts[i]) * 1e9);
-  std::vector<double> medians;
-  for (const auto& t : times) medians.push_back(median(t));
-  return medians;
-}
-
 [[noreturn]] void disagree(const char* rival, const char* type, int order) {
   std::fprintf(stderr, "%s and the library differ at order %d, %s\n", rival, order, type);
   std::exit(1);
 }
 
 template <class T>
-void compare(Arrays<T>& a, const std::function<void(long)>& library, int order, const FftwHadamard<T>& fftw) {
+void compare(Arrays<T>& a, const Calls& library, int order, const FftwHadamard<T>& fftw) {
   const size_t length = size_t{1} << order;
   library(1);
   loop_hadamard(a.src, a.other, order, T(1));
@@ -123,14 +84,14 @@ void compare(Arrays<T>& a, const std::function<void(long)>& library, int order, 
 }
 
 template <class T>
-std::vector<double> measure(Arrays<T>& a, int order, int rounds, double seconds) {
+std::vector<double> measure(Arrays<T>& a, int order, const Pace& pace) {
   const FftwHadamard<T> fftw(a.src, a.other, order);
   std::mt19937 random(order);
   std::uniform_real_distribution<T> uniform(-1, 1);
   for (int i = 0; i < 1 << order; ++i) a.src[i] = uniform(random);  // after planning, which overwrites
   // The flag and the order come from memory so that no contestant is specialised.
   volatile int flag = xfmScaleNone, levels = order;
-  const std::function<void(long)> library = [&](long count) {
+  const Calls library = [&](long count) {
     if (order <= 7) {
       auto* const kernel = Api<T>::kSmall[order - 1];
       for (const int f = flag; count > 0; --count) kernel(a.src, a.dst, f);
@@ -142,36 +103,33 @@ std::vector<double> measure(Arrays<T>& a, int order, int rounds, double seconds)
   compare(a, library, order, fftw);
   return race({library, [&](long count) { for (; count > 0; --count) fftw.run(); },
                [&](long count) { for (const int l = levels; count > 0; --count) loop_hadamard(a.src, a.other, l, T(1)); }},
-              rounds, seconds);
+              pace).ns;
 }
 
-// Geometric means of the ratios to the floor, FFTW and the loop.
+// Ratios to the floor, FFTW and the loop.
 class Means {
  public:
   void add(const std::vector<double>& ratios) {
-    sums_.resize(ratios.size());
-    for (size_t i = 0; i < ratios.size(); ++i) sums_[i] += std::log(ratios[i]);
-    ++count_;
+    for (size_t i = 0; i < ratios.size(); ++i) means_[i].add(ratios[i]);
   }
   void print(const char* title) const {
-    std::printf("%s, geometric means: times the floor %.3f, of FFTW %.3f, of the loop %.3f\n", title,
-                std::exp(sums_[0] / count_), std::exp(sums_[1] / count_), std::exp(sums_[2] / count_));
+    std::printf("%s, geometric means: times the floor %.3f, of FFTW %.3f, of the loop %.3f\n", title, means_[0].value(),
+                means_[1].value(), means_[2].value());
   }
 
  private:
-  std::vector<double> sums_;
-  int count_ = 0;
+  GeometricMean means_[3];
 };
 
 template <class T>
-void bench(int rounds, double seconds, size_t alignment, Means& all) {
+void bench(const Pace& pace, size_t alignment, Means& all) {
   Arrays<T> arrays(alignment);
   Means means, vectors;
   const xfm::Table floors = xfm::Table::read(XFM_WHT_FLOORS, {"type", "order", "limit", "free"});
   for (const xfm::TableRow& row : floors.rows()) {
     if (row["type"] != Api<T>::kName) continue;
     const double limit = std::stod(row["limit"]), free = std::stod(row["free"]);
-    const std::vector<double> ns = measure(arrays, row.integer("order"), rounds, seconds);
+    const std::vector<double> ns = measure(arrays, row.integer("order"), pace);
     std::printf("%s %5d %10.2f %10.2f %10.2f %10.2f %10.2f %8.3f %8.3f %8.3f\n", Api<T>::kName, row.integer("order"),
                 ns[0], ns[1], ns[2], limit, free, ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]);
     std::fflush(stdout);
@@ -185,28 +143,29 @@ void bench(int rounds, double seconds, size_t alignment, Means& all) {
 }
 
 // A function of the library that returns at once.
-double call_alone(int rounds, double seconds) {
+double call_alone(const Pace& pace) {
   volatile int order = 0;
   int size = 0;
   return race({[&](long count) { for (const int o = order; count > 0; --count) xfmgWHTGetBufferSize_32f(o, &size); }},
-              rounds, seconds)[0];
+              pace).ns[0];
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const int rounds = argc > 1 ? std::atoi(argv[1]) : 41;
-  const double seconds = (argc > 2 ? std::atof(argv[2]) : 2.0) * 1e-3;
+  const double milliseconds = argc > 2 ? std::atof(argv[2]) : 2.0;
   const size_t alignment = argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 64;
-  if (rounds < 1 || seconds <= 0 || alignment < 32 || (alignment & (alignment - 1)) != 0) {
+  if (rounds < 1 || milliseconds <= 0 || alignment < 32 || (alignment & (alignment - 1)) != 0) {
     std::fprintf(stderr, "usage: bench_wht [rounds] [milliseconds per measurement] [alignment, a power of two from 32 on]\n");
     return 1;
   }
-  std::printf("a call that returns at once: %.2f ns\n", call_alone(rounds, seconds));
+  const Pace pace = {.rounds = rounds, .microseconds = 1000 * milliseconds};
+  std::printf("a call that returns at once: %.2f ns\n", call_alone(pace));
   std::printf("type order  this [ns]  FFTW [ns]  loop [ns] floor [ns]  free [ns]  x floor   x FFTW   x loop\n");
   Means all;
-  bench<float>(rounds, seconds, alignment, all);
-  bench<double>(rounds, seconds, alignment, all);
+  bench<float>(pace, alignment, all);
+  bench<double>(pace, alignment, all);
   all.print("both");
   return 0;
 }
