@@ -49,12 +49,13 @@ bool is_fma(const Instruction& instruction) {
   return set == ZYDIS_ISA_SET_FMA || set == ZYDIS_ISA_SET_FMA4;
 }
 
-// What every 64-bit processor has, plus hint codes that older ones take for no-operations.
+// What every 64-bit processor has, hints to fetch a line included, plus hint codes that older ones take for no-operations.
 bool is_base_set(ZydisISASet set) {
   constexpr ZydisISASet kBase[] = {
       ZYDIS_ISA_SET_I86,     ZYDIS_ISA_SET_I186,     ZYDIS_ISA_SET_I286REAL,    ZYDIS_ISA_SET_I386,
       ZYDIS_ISA_SET_I486,    ZYDIS_ISA_SET_I486REAL, ZYDIS_ISA_SET_PENTIUMREAL, ZYDIS_ISA_SET_PPRO,
       ZYDIS_ISA_SET_FAT_NOP, ZYDIS_ISA_SET_LONGMODE, ZYDIS_ISA_SET_CMOV,        ZYDIS_ISA_SET_CET,
+      ZYDIS_ISA_SET_SSE_PREFETCH,
   };
   return std::ranges::find(kBase, set) != std::end(kBase);
 }
@@ -89,8 +90,10 @@ void check_generation(const Body& body, const Surroundings&, Findings& findings)
 void check_operation(const Body& body, const Surroundings&, Findings& findings) {
   if (!body.promise) return;
   each_instruction(body, findings, "operation", [](const Instruction& instruction) {
-    const bool first_generation = instruction.is_vex() && instruction.raw.meta.isa_set == ZYDIS_ISA_SET_AVX;
-    return instruction.operation.kind == Kind::Other && first_generation ? "not among a kernel's operations" : "";
+    const auto set = instruction.raw.meta.isa_set;
+    const bool first_generation = instruction.is_vex() && set == ZYDIS_ISA_SET_AVX;
+    const bool other = (instruction.operation.kind == Kind::Other && first_generation) || set == ZYDIS_ISA_SET_SSE_PREFETCH;
+    return other ? "not among a kernel's operations" : "";
   });
 }
 

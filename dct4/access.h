@@ -54,6 +54,13 @@ struct Columns {
 [[gnu::always_inline]] inline void move_past(float* to, const float* from) { _mm256_stream_ps(to, _mm256_load_ps(from)); }
 [[gnu::always_inline]] inline void move_past(double* to, const double* from) { _mm256_stream_pd(to, _mm256_load_pd(from)); }
 
+// Asks for the lines of an array that will be read soon. They come into the second cache while kernels compute; into the
+// first they would come too early, and a core has few places for lines on their way there.
+[[gnu::always_inline]] inline void fetch(const Real* from, ptrdiff_t elements) {
+  constexpr ptrdiff_t kLine = 64 / sizeof(Real);
+  for (ptrdiff_t k = 0; k < elements; k += kLine) _mm_prefetch(from + k, _MM_HINT_T1);
+}
+
 // Whole rows, a multiple of V long, into a buffer and out of it.
 [[gnu::always_inline]] inline void copy_in(Real* row, const Real* src, ptrdiff_t elements) {
   for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_in(row + k, src + k);

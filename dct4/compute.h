@@ -49,6 +49,9 @@ inline bool far_apart(ptrdiff_t elements) {
 // From this size of the result on, stages 1 and 2 take turns; below, the second cache holds so much of all arrays that
 // shorter runs gain nothing.
 constexpr ptrdiff_t kTurns = 1 << 19;
+// What is read from so large an array is fetched while kernels compute on what was read before; else the farther caches
+// would be idle meanwhile.
+constexpr ptrdiff_t kFetched = 1 << 19;
 // Vectors of groups that stage 2 takes together: 128 bytes of a row. Where the stages take turns, stage 1 makes as many in each
 // stretch of bins, 256 KB in all, so that the second cache still holds them.
 constexpr ptrdiff_t kTogether = 4;
@@ -80,14 +83,17 @@ template <ForwardKernel kernel, ptrdiff_t columns = 0>
   return xfmStatusOk;
 }
 
-// The samples of one decimated sequence of all columns, row by row: rising t, falling t, the last one.
+// Row k of the samples of one decimated sequence, all columns: rising t, falling t, the last one.
 template <int length>
-[[gnu::always_inline]] inline void copy_samples(Real* rows, const Columns& x, ptrdiff_t step) {
+[[gnu::always_inline]] inline const Real* sample_row(const Columns& x, ptrdiff_t step, ptrdiff_t k) {
   constexpr ptrdiff_t wider = kColumns - V;  // the reflected columns of a row lie below those of its first vector
-  for (ptrdiff_t t = 0; t < length / 2; ++t) copy_in(rows + t * kColumns, x.x + x.up + t * step, kColumns);
-  rows += (length / 2 - 1) * kColumns;
-  for (ptrdiff_t t = 1; t < length / 2; ++t) copy_in(rows + t * kColumns, x.x + x.down - wider + t * step, kColumns);
-  copy_in(rows + length / 2 * kColumns, x.x + x.end - wider, kColumns);
+  if (k < length / 2) return x.x + x.up + k * step;
+  return x.x - wider + (k < length - 1 ? x.down + (k - length / 2 + 1) * step : x.end);
+}
+
+template <int length>
+[[gnu::always_inline]] inline void fetch_samples(const Columns& x, ptrdiff_t step) {
+  for (ptrdiff_t k = 0; k < length; ++k) fetch(sample_row<length>(x, step, k), kColumns);
 }
 
 template <int length, ForwardKernel kernel>
@@ -96,8 +102,13 @@ template <int length, ForwardKernel kernel>
   const ptrdiff_t shift = self->outerSpan, step = self->span, stride = self->radix * kColumns;
   alignas(32) Real rows[length * kColumns], bins[length * kColumns];
   const bool buffered = far_apart(step), bins_buffered = kManyRows <= length || bytes_of(stride) >= kFarApartBins;
+  const ptrdiff_t fetched = buffered && bytes_of(self->outerLength) >= kFetched ? self->radix - 1 : 0;
   for (ptrdiff_t r = 0; r < self->radix; ++r, w += kColumns, start += shift, mirror -= 2 * shift) {
-    if (buffered) copy_samples<length>(rows, source_columns(src, start, mirror), step);
+    if (buffered) {
+      const Columns x = source_columns(src, start, mirror);
+      for (ptrdiff_t k = 0; k < length; ++k) copy_in(rows + k * kColumns, sample_row<length>(x, step, k), kColumns);
+    }
+    if (r < fetched) fetch_samples<length>(source_columns(src, start + shift, mirror - 2 * shift), step);
     Real* const y = bins_buffered ? bins : w;
     for (ptrdiff_t b = 0; b < kColumns; b += V) {
       const ptrdiff_t reflected = kColumns - V - b;
@@ -146,10 +157,14 @@ template <int radix, CombineKernel kernel>
   const bool far = far_apart(step), buffered = kManyRows <= 2 * radix || far;
   const bool past = far && past_caches(t, 2 * bins.count * radix * stride);
   const ptrdiff_t near = buffered ? kColumns : stride, next = buffered ? 2 * kColumns : step;
+  const ptrdiff_t fetched = bytes_of(2 * radix * kColumns * chunks) >= kFetched ? chunks - 1 - bins.first : 0;
   for (ptrdiff_t h = 0; h < bins.count; ++h) {
     Real* const up = buffered ? rows : rising;
     Real* const down = buffered ? rows + radix * kColumns : falling;
-    for (ptrdiff_t b = 0; b < kColumns; b += V) kernel(w + b, kColumns, inner, outer, up + b, down + b, near, next);
+    for (ptrdiff_t b = 0; b < kColumns; b += V) {
+      if (h < fetched) fetch(w + 2 * radix * (kColumns + b), 2 * radix * V);
+      kernel(w + b, kColumns, inner, outer, up + b, down + b, near, next);
+    }
     if (past)
       copy_bins<radix, true>(rising, falling, stride, step, rows);
     else if (buffered)
@@ -179,6 +194,7 @@ template <int length, SynthesisKernel kernel>
                                                           const Range& groups) {
   constexpr ptrdiff_t K = kTogether, d = length / 2;
   const Real* table = static_cast<const Real*>(self->table) + groups.first * length * V;
+  const ptrdiff_t ahead = groups.after < 0 ? 0 : (groups.after - groups.first) * length * V;
   const ptrdiff_t m = self->cols, wrap = self->wrap;
   alignas(32) Real rows[length * K * V];
   const bool buffered = far_apart(m);
@@ -188,8 +204,10 @@ template <int length, SynthesisKernel kernel>
     Real* const up = buffered ? rows : dst + V * i;
     Real* const down = buffered ? rows : dst;
     ptrdiff_t lowest = buffered ? (3 * d - 1) * K * V + V * (K - 1) : wrap - V * i - (V - 1);
-    for (ptrdiff_t k = 0; k < together; ++k, t += length * V, table += length * V, lowest -= V)
+    for (ptrdiff_t k = 0; k < together; ++k, t += length * V, table += length * V, lowest -= V) {
+      if (ahead != 0) fetch(table + ahead, length * V);
       kernel(t, table, {up + V * k}, {down, lowest}, step);
+    }
     Real* const last = dst + (wrap + 1 - m * d - V * (i + K));
     if (past)
       copy_groups<d, K * V, true>(dst + V * i, last, m, rows);
@@ -204,16 +222,18 @@ template <int length, SynthesisKernel kernel>
 // bin further apart than they are long so that they spread over the sets of the first cache.
 inline void transform_by_turns(const Env7* split, const Env4* groups, Real* dst, Real* t, const Real* src,
                                ptrdiff_t mirror) {
-  constexpr ptrdiff_t K = kTogether;
+  constexpr ptrdiff_t K = kTogether, stretch = 2 * kColumns * (V * K + 1), most_stretches = 32;
+  static_assert(most_stretches * stretch * static_cast<ptrdiff_t>(sizeof(Real)) <= kTurns, "the stretches fit into t");
   const Env8* const combine = first_of<Env8>(split->stageOne);
   Real* const w = static_cast<Real*>(split->scratch);
-  const ptrdiff_t stretch = 2 * kColumns * (V * K + 1), next = combine->cols / V;  // from f to f + 1, in t and in dst
+  const ptrdiff_t next = combine->cols / V;  // groups from one f to the next
+  const auto groups_of = [=](ptrdiff_t s, ptrdiff_t h) { return s % 2 == 0 ? s / 2 * next + h / V : (s + 1) / 2 * next - h / V - K; };
   XFM_DCT4(env9_compute)(first_of<Env9>(split->stageTwo), w, src, 0, mirror);
   for (ptrdiff_t h = 0; h < combine->chunks; h += V * K) {
     XFM_DCT4(env8_compute)(combine, t, w, kColumns, stretch, {h, V * K});
-    for (ptrdiff_t f = 0; f < combine->radix / 2; ++f) {
-      XFM_DCT4(env4_compute)(groups, dst, t + 2 * f * stretch, {f * next + h / V, K});
-      XFM_DCT4(env4_compute)(groups, dst, t + (2 * f + 1) * stretch, {(f + 1) * next - h / V - K, K});
+    for (ptrdiff_t s = 0; s < combine->radix; ++s) {
+      const ptrdiff_t after = s + 1 < combine->radix ? groups_of(s + 1, h) : groups_of(0, h + V * K);
+      XFM_DCT4(env4_compute)(groups, dst, t + s * stretch, {groups_of(s, h), K, after});
     }
   }
 }

@@ -11,6 +11,7 @@ constexpr ptrdiff_t kColumns = 32;
 // Part of a stage's loop: values of h, or vectors of groups.
 struct Range {
   ptrdiff_t first, count;
+  ptrdiff_t after = -1;  // where the next part begins if its table is to be fetched meanwhile
 };
 
 }  // namespace xfm::dct4
