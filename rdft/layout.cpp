@@ -2,11 +2,6 @@
 
 namespace xfm::rdft {
 
-int array_length(Layout layout, int n) {
-  if (layout != Layout::Ccs) return n;
-  return n % 2 == 0 ? n + 2 : n + 1;
-}
-
 int position(Layout layout, int n, int place) {
   switch (layout) {
     case Layout::Samples:

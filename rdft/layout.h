@@ -7,7 +7,6 @@ namespace xfm::rdft {
 
 enum class Layout { Samples, Ccs, Pack, Perm };
 
-int array_length(Layout layout, int n);
 // The position of the value with the given place in the list.
 int position(Layout layout, int n, int place);
 // Positions that hold +0.0: imaginary parts of bins that are real. A forward kernel writes them, an inverse one never

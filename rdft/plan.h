@@ -43,7 +43,7 @@ struct Twiddled {
   PlanPtr first, second;
 };
 // The class elements are taken in the order w*n1, the classes in the order u*n2; with `conjugate` the bins -m of the
-// first stage are carried instead of m. None of this changes a value, only which imaginary parts end negated.
+// first stage are carried instead of m. This settles which imaginary parts end negated, and in which order some sums are made.
 struct GoodThomas {
   PlanPtr first, second, complex_second;
   int w = 1, u = 1;

@@ -23,13 +23,13 @@ Columns columns(Family family) {
   const Columns middle(kShared.begin() + 2, kShared.end());
   switch (family) {
     case Family::Forward:
-      return joined({{"N", "Method", "Stage order"}, kShared,
+      return joined({{"N", "Method", "Stage order", "Second order"}, kShared,
                      {"Narrow, inner", "Narrow, last", "Plan", "Orientation", "Sums in double"}});
     case Family::Inverse:
       return joined({{"N", "Method", "Stage order, output side", "Add", "Mul", "Doublings", "Folded doublings"}, middle,
                      {"Narrow", "Plan", "Sums in double"}});
     case Family::Hartley:
-      return joined({{"N", "Method", "Stage order"}, kShared, {"Narrow", "Plan", "Form", "Sums in double"}});
+      return joined({{"N", "Method", "Stage order"}, kShared, {"Narrow", "Plan", "Form", "Two-point stage", "Sums in double"}});
   }
   return {};
 }
@@ -89,19 +89,22 @@ std::string dotted(const std::vector<int>& order) {
   return text;
 }
 
+// The second transform of a Rader block from the bins inward; a bin and its conjugate are one element.
+std::string second_order(const Plan& plan) {
+  const Rader* block = std::get_if<Rader>(&plan.form);
+  return block ? dotted(nested_stage_order(*block->even)) : "-";
+}
+
 // A transposed network runs its stages in the opposite order. The first transform of a Rader block in it is the transpose
-// of the plan of its even bins and one two-point stage that does not show, wherever the table sees it.
-std::string transposed_order(const Plan& plan, const std::string& stated) {
+// of the second one, whose plan leaves out the two-point stage of a bin and its conjugate: it comes first or last.
+std::string transposed_order(const TableRow& row, const Plan& plan) {
   const Rader* block = std::get_if<Rader>(&plan.form);
   std::vector<int> order = nested_stage_order(block ? *block->even : plan);
   std::reverse(order.begin(), order.end());
-  if (!block) return dotted(order);
-  for (size_t at = 0; at <= order.size(); ++at) {
-    std::vector<int> with_two = order;
-    with_two.insert(with_two.begin() + at, 2);
-    if (dotted(with_two) == stated) return stated;
-  }
-  return "2." + dotted(order);
+  const std::string& two = row["Two-point stage"];
+  if (block ? two != "first" && two != "last" : two != "-") row.fail("Two-point stage: first or last for a Rader block, else -");
+  if (block) order.insert(two == "first" ? order.begin() : order.end(), 2);
+  return dotted(order);
 }
 
 std::string roots_text(const std::set<int>& roots) {
@@ -125,9 +128,10 @@ std::vector<Derived> derived_columns(const TableRow& row, const Recipe& recipe, 
                               {"32f single add", number(c.single_additions)},
                               {"32f double add", number(c.double_additions)},
                               {"Widen", number(c.widenings)}};
-  const std::string order = recipe.form == Form::Transposed ? transposed_order(plan, row["Stage order"]) : dotted(stage_order(plan));
+  const std::string order = recipe.form == Form::Transposed ? transposed_order(row, plan) : dotted(stage_order(plan));
   all.push_back({recipe.family == Family::Inverse ? "Stage order, output side" : "Stage order", order});
   if (recipe.family == Family::Forward) {
+    all.push_back({"Second order", second_order(plan)});
     all.push_back({"Narrow, inner", number(c.inner_narrowings)});
     all.push_back({"Narrow, last", number(c.last_narrowings)});
   } else {
