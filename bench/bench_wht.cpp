@@ -3,7 +3,7 @@
 //   bench_wht [rounds, 41] [milliseconds per measurement, 2] [alignment, 64]
 //
 // against FFTW's real transform of size 2 in `order` dimensions (unscaled), a plain loop over 256-bit registers in the
-// same order of levels, and two floors (wht_floors.tsv). Rounds are interleaved; a figure is the median over the
+// same order of levels, and two floors (wht_floors.tsv, by the clock of the same rounds). Rounds are interleaved; a figure is the median over the
 // rounds in nanoseconds per transform. The results of both rivals are compared with the library's
 // before any timing. The floors leave out what a call costs; the first line says it. An alignment of 4096 puts all
 // arrays at the start of a page, where the same elements compete for the same sets of the first-level cache.
@@ -84,7 +84,7 @@ void compare(Arrays<T>& a, const Calls& library, int order, const FftwHadamard<T
 }
 
 template <class T>
-std::vector<double> measure(Arrays<T>& a, int order, const Pace& pace) {
+Race measure(Arrays<T>& a, int order, const Pace& pace) {
   const FftwHadamard<T> fftw(a.src, a.other, order);
   std::mt19937 random(order);
   std::uniform_real_distribution<T> uniform(-1, 1);
@@ -103,7 +103,7 @@ std::vector<double> measure(Arrays<T>& a, int order, const Pace& pace) {
   compare(a, library, order, fftw);
   return race({library, [&](long count) { for (; count > 0; --count) fftw.run(); },
                [&](long count) { for (const int l = levels; count > 0; --count) loop_hadamard(a.src, a.other, l, T(1)); }},
-              pace).ns;
+              pace);
 }
 
 // Ratios to the floor, FFTW and the loop.
@@ -128,8 +128,8 @@ void bench(const Pace& pace, size_t alignment, Means& all) {
   const xfm::Table floors = xfm::Table::read(XFM_WHT_FLOORS, {"type", "order", "limit", "free"});
   for (const xfm::TableRow& row : floors.rows()) {
     if (row["type"] != Api<T>::kName) continue;
-    const double limit = std::stod(row["limit"]), free = std::stod(row["free"]);
-    const std::vector<double> ns = measure(arrays, row.integer("order"), pace);
+    const auto [ns, ns_per_cycle] = measure(arrays, row.integer("order"), pace);
+    const double limit = std::stod(row["limit"]) * ns_per_cycle, free = std::stod(row["free"]) * ns_per_cycle;
     std::printf("%s %5d %10.2f %10.2f %10.2f %10.2f %10.2f %8.3f %8.3f %8.3f\n", Api<T>::kName, row.integer("order"),
                 ns[0], ns[1], ns[2], limit, free, ns[0] / limit, ns[0] / ns[1], ns[0] / ns[2]);
     std::fflush(stdout);

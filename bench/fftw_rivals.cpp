@@ -46,7 +46,7 @@ typename Api<T>::Plan make_plan(Transform transform, int kind, int n, T* in, T* 
     case Transform::ComplexForward: return A::c2c(n, complex_in, complex_out, FFTW_FORWARD, flags);
     case Transform::ComplexInverse: return A::c2c(n, complex_in, complex_out, FFTW_BACKWARD, flags);
     case Transform::RealForward: return kind == 0 ? A::r2c(n, in, complex_out, flags) : A::r2r(n, in, out, FFTW_R2HC, flags);
-    case Transform::RealInverse:
+    case Transform::RealInverse:  // may destroy its input, which is quicker; what it then computes from takes the same time
       return kind == 0 ? A::c2r(n, complex_in, out, flags | FFTW_DESTROY_INPUT) : A::r2r(n, in, out, FFTW_HC2R, flags | FFTW_DESTROY_INPUT);
     case Transform::Hartley: return A::r2r(n, in, out, FFTW_DHT, flags);
   }

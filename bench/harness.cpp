@@ -8,6 +8,7 @@
 #include <new>
 #include <numeric>
 #include <random>
+#include <set>
 
 #include "generator/check.h"
 
@@ -113,9 +114,10 @@ std::string Options::usage() const {
 }
 
 void Options::parse(int argc, char** argv) {
+  std::set<std::string> given;
   for (int i = 1; i < argc; i += 2) {
     const auto known = std::find_if(options_.begin(), options_.end(), [&](const Option& o) { return "--" + o.name == argv[i]; });
-    if (known == options_.end() || i + 1 == argc) throw InputError(usage());
+    if (known == options_.end() || i + 1 == argc || !given.insert(known->name).second) throw InputError(usage());
     known->value = argv[i + 1];
   }
 }
