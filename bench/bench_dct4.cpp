@@ -19,20 +19,17 @@
 #include <vector>
 
 #include "bench/harness.h"
-#include "xfm.h"
+#include "dct4/public_api.h"
 
 namespace {
 
+using xfm::dct4::Api;
+
 template <class T>
-struct Api;
+struct Fftw;
 
 template <>
-struct Api<float> {
-  using State = XfmDCT4State_32f;
-  static constexpr const char* kName = "32f";
-  static constexpr auto init = xfmgDCT4InitAlloc_32f;
-  static constexpr auto transform = xfmgDCT4_32f;
-  static constexpr auto release = xfmgDCT4Free_32f;
+struct Fftw<float> {
   using Plan = fftwf_plan;
   static constexpr auto plan_dct = fftwf_plan_r2r_1d;
   static Plan plan_dft(int n, std::complex<float>* data, unsigned flags) {
@@ -41,16 +38,11 @@ struct Api<float> {
   }
   static constexpr auto execute = fftwf_execute;
   static constexpr auto destroy = fftwf_destroy_plan;
-  static void limit(double seconds) { fftwf_set_timelimit(seconds); }
+  static constexpr auto limit = fftwf_set_timelimit;
 };
 
 template <>
-struct Api<double> {
-  using State = XfmDCT4State_64f;
-  static constexpr const char* kName = "64f";
-  static constexpr auto init = xfmgDCT4InitAlloc_64f;
-  static constexpr auto transform = xfmgDCT4_64f;
-  static constexpr auto release = xfmgDCT4Free_64f;
+struct Fftw<double> {
   using Plan = fftw_plan;
   static constexpr auto plan_dct = fftw_plan_r2r_1d;
   static Plan plan_dft(int n, std::complex<double>* data, unsigned flags) {
@@ -59,7 +51,7 @@ struct Api<double> {
   }
   static constexpr auto execute = fftw_execute;
   static constexpr auto destroy = fftw_destroy_plan;
-  static void limit(double seconds) { fftw_set_timelimit(seconds); }
+  static constexpr auto limit = fftw_set_timelimit;
 };
 
 // Memory that both libraries find well aligned.
@@ -77,13 +69,13 @@ template <class T>
 class HalfLength {
  public:
   explicit HalfLength(int n) : h_(n / 2), w_(h_), z_(h_) {
-    plan_ = Api<T>::plan_dft(h_, z_.data, FFTW_MEASURE);
+    plan_ = Fftw<T>::plan_dft(h_, z_.data, FFTW_MEASURE);
     for (int k = 0; k < h_; ++k) {
       const double angle = -M_PI * (8.0 * k + 1) / (8.0 * n);
       w_.data[k] = {static_cast<T>(cos(angle)), static_cast<T>(sin(angle))};
     }
   }
-  ~HalfLength() { Api<T>::destroy(plan_); }
+  ~HalfLength() { Fftw<T>::destroy(plan_); }
 
   void run(const T* x, T* y) {
     T* const z = reinterpret_cast<T*>(z_.data);
@@ -94,7 +86,7 @@ class HalfLength {
       z[2 * k] = a * c - b * s;
       z[2 * k + 1] = a * s + b * c;
     }
-    Api<T>::execute(plan_);
+    Fftw<T>::execute(plan_);
     for (int k = 0; k < h_; ++k) {
       const T a = z[2 * k], b = z[2 * k + 1], c = w[2 * k], s = w[2 * k + 1];
       y[2 * k] = a * c - b * s;
@@ -105,7 +97,7 @@ class HalfLength {
  private:
   int h_;
   Array<std::complex<T>> w_, z_;
-  typename Api<T>::Plan plan_;
+  typename Fftw<T>::Plan plan_;
 };
 
 template <class T>
@@ -133,15 +125,15 @@ template <class T>
 void measure(int n, int rounds, Means& means) {
   Array<T> x(n), y(n), r(n), p(n), q(n);
   typename Api<T>::State* state = nullptr;
-  if (Api<T>::init(&state, n) != xfmStatusOk) exit(1);
+  if (Api<T>::init_alloc(&state, n) != xfmStatusOk) exit(1);
   HalfLength<T> half(n);
-  const auto dct = Api<T>::plan_dct(n, p.data, q.data, FFTW_REDFT11, FFTW_MEASURE);
+  const auto dct = Fftw<T>::plan_dct(n, p.data, q.data, FFTW_REDFT11, FFTW_MEASURE);
   std::mt19937 random(n);
   std::normal_distribution<double> normal;
   for (int i = 0; i < n; ++i) x.data[i] = p.data[i] = static_cast<T>(normal(random));
 
   const std::function<void()> calls[] = {[&] { Api<T>::transform(x.data, y.data, state); }, [&] { half.run(x.data, r.data); },
-                                         [&] { Api<T>::execute(dct); }};
+                                         [&] { Fftw<T>::execute(dct); }};
   for (const auto& call : calls) call();
   for (int i = 0; i < n; ++i) q.data[i] /= 2;  // FFTW's sum has a factor of two
   const double tolerance = sizeof(T) == 4 ? 1e-5 : 1e-13;
@@ -156,13 +148,13 @@ void measure(int n, int rounds, Means& means) {
   means.half.add(ns[0] / ns[1]);
   means.dct.add(ns[0] / ns[2]);
   means.slowest = std::max(means.slowest, ns[0] / ns[2]);
-  Api<T>::destroy(dct);
+  Fftw<T>::destroy(dct);
   Api<T>::release(state);
 }
 
 template <class T>
 void measure_all(int first, int last, int rounds) {
-  Api<T>::limit(10);
+  Fftw<T>::limit(10);
   Means means;
   for (int e = first; e <= last; ++e) measure<T>(1 << e, rounds, means);
   printf("# %s: geometric mean %.3f of the half-length rival, %.3f of REDFT11 (worst %.3f)\n", Api<T>::kName,

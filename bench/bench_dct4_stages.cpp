@@ -11,6 +11,7 @@
 
 #include "bench/harness.h"
 #include "dct4/objects.h"
+#include "dct4/public_api.h"
 #include "dct4/stages.h"
 
 using namespace xfm::dct4;
@@ -28,26 +29,16 @@ STAGES(owngDCT4_64fg9, double)
 namespace {
 
 template <class Real>
-struct Api;
+struct Compute;
 template <>
-struct Api<float> {
-  using State = XfmDCT4State_32f;
-  static constexpr const char* kName = "32f";
-  static constexpr auto init = xfmgDCT4InitAlloc_32f;
-  static constexpr auto transform = xfmgDCT4_32f;
-  static constexpr auto release = xfmgDCT4Free_32f;
+struct Compute<float> {
   static constexpr auto env4 = owngDCT4_32fg9_env4_compute;
   static constexpr auto env5 = owngDCT4_32fg9_env5_compute;
   static constexpr auto env8 = owngDCT4_32fg9_env8_compute;
   static constexpr auto env9 = owngDCT4_32fg9_env9_compute;
 };
 template <>
-struct Api<double> {
-  using State = XfmDCT4State_64f;
-  static constexpr const char* kName = "64f";
-  static constexpr auto init = xfmgDCT4InitAlloc_64f;
-  static constexpr auto transform = xfmgDCT4_64f;
-  static constexpr auto release = xfmgDCT4Free_64f;
+struct Compute<double> {
   static constexpr auto env4 = owngDCT4_64fg9_env4_compute;
   static constexpr auto env5 = owngDCT4_64fg9_env5_compute;
   static constexpr auto env8 = owngDCT4_64fg9_env8_compute;
@@ -81,11 +72,11 @@ class Stages {
     const Env5* const forward = first_of<Env5>(first_of<Env3>(root->stageTwo)->stageOne);
     Real* const t = static_cast<Real*>(root->scratch);
     if (forward->stageOne->item == nullptr)
-      add("env5", [=](long) { Api<Real>::env5(forward, t, src); }, 0);
+      add("env5", [=](long) { Compute<Real>::env5(forward, t, src); }, 0);
     else
       add_level(first_of<Env7>(forward->stageOne), {{t, 0, forward->wrap}}, kColumns, 1);
     const Env4* const groups = first_of<Env4>(first_of<Env2>(root->stageOne)->stageOne);
-    add("env4", [=](long) { Api<Real>::env4(groups, dst, t, {0, groups->chunks}); },
+    add("env4", [=](long) { Compute<Real>::env4(groups, dst, t, {0, groups->chunks}); },
         2 * groups->radix * kVectorBytes * groups->chunks);
   }
   const std::vector<Stage>& all() const { return stages_; }
@@ -115,7 +106,7 @@ class Stages {
     }
     add("env9" + mark,
         [=](long) {
-          for (const Use<Real>& use : uses) Api<Real>::env9(parts, w, src, use.start, use.mirror);
+          for (const Use<Real>& use : uses) Compute<Real>::env9(parts, w, src, use.start, use.mirror);
         },
         0);
     if (parts->stageOne->item != nullptr) {  // moves what the env9 and the env8 below it move
@@ -127,7 +118,7 @@ class Stages {
     add("env8" + mark,
         [=](long) {
           for (const Use<Real>& use : uses)
-            Api<Real>::env8(combine, use.t, w, stride, combine->cols * stride, {0, combine->chunks});
+            Compute<Real>::env8(combine, use.t, w, stride, combine->cols * stride, {0, combine->chunks});
         },
         (2 * combine->radix - 2) * kVectorBytes * combine->chunks * static_cast<double>(uses.size()));
   }
@@ -140,7 +131,7 @@ class Stages {
 template <class Real>
 void measure(int n) {
   typename Api<Real>::State* state = nullptr;
-  if (Api<Real>::init(&state, n) != xfmStatusOk) exit(1);
+  if (Api<Real>::init_alloc(&state, n) != xfmStatusOk) exit(1);
   xfm::bench::Memory memory(2 * n * sizeof(Real) + 4096);
   Real* const x = memory.array<Real>(n);
   Real* const y = memory.array<Real>(n);

@@ -1,4 +1,4 @@
-// The DCT-IV by element type, and a reference for it.
+// The DCT-IV planned in a block of its own, and a reference for it.
 #pragma once
 
 #include <quadmath.h>
@@ -9,32 +9,9 @@
 #include <vector>
 
 #include "dct4/objects.h"
-#include "xfm.h"
+#include "dct4/public_api.h"
 
-template <class T>
-struct Api;
-
-template <>
-struct Api<float> {
-  using State = XfmDCT4State_32f;
-  static constexpr int kLanes = 8, kLastDirect = 64, kLargest = 1 << 26;
-  static constexpr auto size = xfmgDCT4GetSize_32f;
-  static constexpr auto init = xfmgDCT4Init_32f;
-  static constexpr auto init_alloc = xfmgDCT4InitAlloc_32f;
-  static constexpr auto release = xfmgDCT4Free_32f;
-  static constexpr auto transform = xfmgDCT4_32f;
-};
-
-template <>
-struct Api<double> {
-  using State = XfmDCT4State_64f;
-  static constexpr int kLanes = 4, kLastDirect = 32, kLargest = 1 << 25;
-  static constexpr auto size = xfmgDCT4GetSize_64f;
-  static constexpr auto init = xfmgDCT4Init_64f;
-  static constexpr auto init_alloc = xfmgDCT4InitAlloc_64f;
-  static constexpr auto release = xfmgDCT4Free_64f;
-  static constexpr auto transform = xfmgDCT4_64f;
-};
+using xfm::dct4::Api;
 
 // A state in a block of exactly the size asked for, `shift` bytes off a 64-byte boundary.
 template <class T>
