@@ -5,6 +5,7 @@
 // data: the table of plans names it where it is not the default, direct up to 11 and real-lane above.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -40,6 +41,11 @@ struct BlockForms {
     const auto found = special.find(prime);
     if (found != special.end()) return first_stage ? found->second.first_stage : found->second.other;
     return prime <= 11 ? BlockForm::Direct : BlockForm::RealLane;
+  }
+  bool any(BlockForm form) const {
+    return std::any_of(special.begin(), special.end(), [&](const auto& entry) {
+      return entry.second.first_stage == form || entry.second.other == form;
+    });
   }
 };
 

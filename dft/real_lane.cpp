@@ -37,6 +37,8 @@ std::vector<Formal::Value> RealFlow::complex_bins(const Plan& plan, const std::v
     const Plan& form = block.kind == Plan::Kind::Rows ? block.second() : block;
     if (form.kind == Plan::Kind::NamedRader)
       return real_lane_block(alg, recipes_, recipes_.by_name.at(form.name), form.length, in, -1);
+    if (forms_.of(form.length, false) == BlockForm::RealLane)
+      return real_lane_block(alg, recipes_, recipes_.by_prime.at(form.length), form.length, in, -1);
     return direct_block(alg, in, -1);
   };
   return planned(alg, plan, z, -1, false, prime);
@@ -49,16 +51,21 @@ RealFlow::Half RealFlow::half_spectrum(const Plan& plan, const std::vector<Ref>&
     case Plan::Kind::Halves: return halves(plan, x);
     case Plan::Kind::CooleyTukey:
     case Plan::Kind::GoodThomas: return linked(plan, x);
-    case Plan::Kind::Block: break;
+    case Plan::Kind::Block: return block(plan.length, x);
   }
-  if (plan.length == 1) return {{x[0], {}}};
-  if (plan.length == 2) return {{g_.add(x[0], x[1]), {}}, {g_.sub(x[0], x[1]), {}}};
-  if (plan.length == 4) {
+  return {};
+}
+
+RealFlow::Half RealFlow::block(int length, const std::vector<Ref>& x) {
+  if (length == 1) return {{x[0], {}}};
+  if (length == 2) return {{g_.add(x[0], x[1]), {}}, {g_.sub(x[0], x[1]), {}}};
+  if (length == 4) {
     const Ref s = g_.add(x[0], x[2]), d = g_.sub(x[0], x[2]), e = g_.add(x[1], x[3]), f = g_.sub(x[1], x[3]);
     return {{g_.add(s, e), {}}, {d, -f}, {g_.sub(s, e), {}}};
   }
+  if (forms_.of(length, first_stage_) == BlockForm::RealLane) return rader_half(recipes_.by_prime.at(length), length, x);
   const std::vector<Ref> parts = direct_parts(g_, x);
-  const int h = plan.length / 2;
+  const int h = length / 2;
   Half out{{parts[0], {}}};
   for (int j = 1; j <= h; ++j) out.push_back({parts[j], -parts[h + j]});
   return out;
@@ -81,12 +88,14 @@ RealFlow::Half RealFlow::halves(const Plan& plan, const std::vector<Ref>& x) {
 RealFlow::Half RealFlow::linked(const Plan& plan, const std::vector<Ref>& x) {
   const LinkMap map(plan);
   const Formal alg{g_};
+  const int start = g_.size();
   std::vector<Half> u;
   for (int j = 0; j < map.b; ++j) {
     std::vector<Ref> in(map.a);
     for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
     u.push_back(half_spectrum(plan.first(), in));
   }
+  if (!merging_) g_.freeze_since(start);
   HalfBins bins(plan.length);
   for (int k1 = 0; k1 <= map.a / 2; ++k1) {
     const bool real = k1 == 0 || (2 * k1 == map.a);
@@ -177,12 +186,26 @@ std::vector<Ref> RealFlow::prime_parts(const LaneRecipe& recipe, int prime, cons
 }
 
 RealFlow::Half RealFlow::rader_half(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x) {
-  const std::vector<Ref> parts = prime_parts(recipe, prime, x, -1);
+  const std::vector<Ref> parts = RealFlow(g_, recipes_, recipe.complex_middle_row).prime_parts(recipe, prime, x, -1);
   const int half = prime / 2, inverse_root = power_mod(primitive_root(prime), prime - 2, prime);
   HalfBins bins(prime);
   bins.put(0, {parts[0], {}});
   for (int q = 0; q < half; ++q) bins.put(power_mod(inverse_root, q, prime), {parts[1 + q], parts[1 + half + q]});
   return bins.take();
+}
+
+std::vector<Ref> real_lane_plan(Graph& g, const Recipes& recipes, const BlockForms& forms, const Plan& plan,
+                                const std::vector<Ref>& x, int sign, bool first_stage) {
+  const RealFlow::Half bins = RealFlow(g, recipes, forms, first_stage).half_spectrum(plan, x);
+  std::vector<Ref> y(plan.length);
+  for (int k = 0; 2 * k <= plan.length; ++k) {
+    y[k] = bins[k].re;
+    if (!bins[k].im) continue;
+    const Ref turned = bins[k].im.turned(-sign);
+    y[k] = g.add(bins[k].re, turned);
+    y[plan.length - k] = g.sub(bins[k].re, turned);
+  }
+  return y;
 }
 
 }  // namespace xfm

@@ -5,6 +5,9 @@
 // input; a real-output transform gives the even-bin part E and the odd-bin part O of the outputs, and
 // y[g^-q] = E[q] + i*O[q], y[g^-(q+L/2)] = E[q] - i*O[q] is the only place where the two components meet. The
 // second transform is a real-input one run transposed, without its first stage.
+//
+// A whole plan can run the same way: half spectra of the two components from stage to stage, and the rotations by i of all
+// its blocks put off to one sum and difference for every pair of bins k, N-k.
 #pragma once
 
 #include <vector>
@@ -15,8 +18,13 @@ namespace xfm {
 
 class RealFlow {
  public:
+  // For the block of a prime; constants of its stages may be merged.
   RealFlow(Graph& g, const Recipes& recipes, bool complex_middle_row)
       : g_(g), recipes_(recipes), complex_middle_row_(complex_middle_row) {}
+  // For a plan with blocks in the given forms, that of a first stage where a row is real; twiddles stay products of
+  // their own.
+  RealFlow(Graph& g, const Recipes& recipes, const BlockForms& forms, bool first_stage)
+      : g_(g), recipes_(recipes), forms_(forms), first_stage_(first_stage), merging_(false) {}
 
   using Half = std::vector<Formal::Value>;  // bins 0..L/2
   Half half_spectrum(const Plan& plan, const std::vector<Ref>& x);
@@ -25,6 +33,7 @@ class RealFlow {
 
  private:
   std::vector<Formal::Value> complex_bins(const Plan& plan, const std::vector<Formal::Value>& z);
+  Half block(int length, const std::vector<Ref>& x);
   Half rader_half(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x);
   Half halves(const Plan& plan, const std::vector<Ref>& x);
   Half linked(const Plan& plan, const std::vector<Ref>& x);
@@ -33,7 +42,8 @@ class RealFlow {
 
   Graph& g_;
   const Recipes& recipes_;
-  bool complex_middle_row_;
+  BlockForms forms_;
+  bool first_stage_ = true, complex_middle_row_ = false, merging_ = true;
 };
 
 template <class A>
@@ -54,5 +64,9 @@ std::vector<typename A::Value> real_lane_block(const A& alg, const Recipes& reci
   }
   return y;
 }
+
+// A plan in real-lane form. No block of it may be in Rader complex form.
+std::vector<Ref> real_lane_plan(Graph& g, const Recipes& recipes, const BlockForms& forms, const Plan& plan,
+                                const std::vector<Ref>& x, int sign, bool first_stage);
 
 }  // namespace xfm

@@ -39,7 +39,10 @@ class Builder {
  private:
   Points transform(const Points& x) {
     switch (plan_.method) {
-      case ComplexPlan::Method::Linked: return linked(plan_.plan, {x}, sign_, true)[0];
+      case ComplexPlan::Method::Linked:
+        if (placement_ == Placement::RealLane)
+          return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
+        return linked(plan_.plan, {x}, sign_, true)[0];
       case ComplexPlan::Method::Direct:
         return alone(x, [&](const std::vector<Ref>& in) { return direct_block(Physical{g_}, in, sign_); });
       case ComplexPlan::Method::RealLane:
@@ -81,6 +84,8 @@ class Builder {
   }
 
   std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
+    const bool real_lane = placement_ == Placement::RealLane || placement_ == Placement::RealLaneBlocks;
+    if (real_lane && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 

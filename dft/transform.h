@@ -24,6 +24,8 @@ struct ComplexPlan {
 enum class Placement {
   Nested,     // a vector holds the same point of several blocks and keeps to them through all their inner stages
   Flattened,  // every stage fills vectors with all its blocks, whichever outer block they belong to
+  RealLaneBlocks,  // as Nested, the blocks that are plans themselves in real-lane form
+  RealLane,        // one lane: the whole plan in real-lane form
 };
 
 struct LanedTransform {

@@ -11,6 +11,8 @@ namespace xfm {
 struct Counts {
   int additions = 0;        // terms of every node less one
   int multiplications = 0;  // distinct products with a coefficient other than 1
+
+  friend bool operator==(const Counts&, const Counts&) = default;
 };
 
 // The nodes that reach an output, in creation (hence topological) order.
