@@ -67,13 +67,13 @@ Program lowered(const LanedTransform& t, const Candidate& c) {
 }
 
 double estimate(const ComplexBody& body) { return port_use(body.program).estimate(); }
-double modelled(const ComplexBody& body) { return cycles_per_call(body.program, schedule(body.program)); }
 
 // Rotations put off to the end spare shuffles, which the estimate sees, and hold values for longer, which the model of the
-// core sees. Within 3 % of their product the measured times go either way.
-bool promises_more(const ComplexBody& body, const ComplexBody& plain) {
-  return estimate(body) < estimate(plain) && estimate(body) * modelled(body) < 0.97 * estimate(plain) * modelled(plain);
+// core sees: the product of both decides. Within 3 % of it the measured times go either way.
+double promise(const ComplexBody& body) {
+  return estimate(body) * cycles_per_call(body.program, schedule(body.program));
 }
+constexpr double kWorthwhile = 0.97;
 
 std::string lanes_used(Placement placement) {
   switch (placement) {
@@ -106,10 +106,13 @@ ComplexBody complex_body(const ComplexTables& tables, int precision, int length,
   if (best->form != Form::Interleaved) return *best;
 
   const ComplexBody plain = *best;
-  for (const Placement placement : {Placement::RealLaneBlocks, Placement::RealLane}) {
+  std::optional<double> least;
+  for (const Placement placement : {Placement::RealLane, Placement::RealLaneBlocks}) {
     if ((placement == Placement::RealLane && plain.lanes > 1) || !keeps_counts(row, recipes, sign, placement)) continue;
     ComplexBody body = body_of({plain.form, plain.type, plain.lanes, placement});
-    if (promises_more(body, plain) && (best->placement == plain.placement || modelled(body) < modelled(*best))) best = std::move(body);
+    if (estimate(body) >= estimate(plain)) continue;
+    if (!least) least = kWorthwhile * promise(plain);
+    if (const double promised = promise(body); promised < *least) least = promised, best = std::move(body);
   }
   return *best;
 }
