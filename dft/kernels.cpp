@@ -30,6 +30,8 @@ Counts held_counts(const ComplexRow& row, const Recipes& recipes, int length, in
   return counts;
 }
 
+bool in_real_lanes(Placement placement) { return placement == Placement::RealLane || placement == Placement::RealLaneBlocks; }
+
 struct Candidate {
   Form form;
   Type type;
@@ -39,22 +41,34 @@ struct Candidate {
 
 // The working forms of a precision and length; where there are several ways to fill the lanes, all of them.
 std::vector<Candidate> candidates(int precision, int length) {
-  if (precision == 64) {
-    if (length % 4 == 0 && length >= 8)
-      return {{Form::Interleaved, Type::F64x4, 2, Placement::Nested}, {Form::Interleaved, Type::F64x4, 2, Placement::Flattened}};
-    return {{Form::Interleaved, Type::F64x2, 1, Placement::Nested}};
+  std::vector<Candidate> out;
+  const auto interleaved = [&](Type type, int lanes, std::initializer_list<Placement> placements) {
+    for (const Placement p : placements) out.push_back({Form::Interleaved, type, lanes, p});
+  };
+  using enum Placement;
+  if (precision == 64 && length % 4 == 0 && length >= 8) {
+    interleaved(Type::F64x4, 2, {Nested, Flattened, RealLaneBlocks});
+  } else if (precision == 64) {
+    interleaved(Type::F64x2, 1, {Nested, RealLaneBlocks, RealLane});
+  } else if (length <= 5) {
+    out.push_back({Form::Scalar, Type::F32, 1, Nested});
+  } else if (length % 16 == 0) {
+    interleaved(Type::F32x8, 4, {Nested, RealLaneBlocks});
+  } else {
+    for (const Placement p : {Nested, Flattened}) out.push_back({Form::Split, Type::F32x4, 4, p});
+    interleaved(Type::F32x4, 2, {Nested, Flattened, RealLaneBlocks});
   }
-  if (length <= 5) return {{Form::Scalar, Type::F32, 1, Placement::Nested}};
-  if (length % 16 == 0) return {{Form::Interleaved, Type::F32x8, 4, Placement::Nested}};
-  return {{Form::Split, Type::F32x4, 4, Placement::Nested},
-          {Form::Split, Type::F32x4, 4, Placement::Flattened},
-          {Form::Interleaved, Type::F32x4, 2, Placement::Nested},
-          {Form::Interleaved, Type::F32x4, 2, Placement::Flattened}};
+  return out;
 }
 
-// A plan in real-lane form that takes other operations than its row has is not built.
-bool keeps_counts(const ComplexRow& row, const Recipes& recipes, int sign, Placement placement) {
-  return !row.plan.forms.any(BlockForm::RaderComplex) && counts_on_one_lane(row, recipes, sign, placement) == row.built;
+// Whether a plan has what a placement in real lanes changes, and takes the operations of its row there too.
+bool suits(Placement placement, const ComplexRow& row, const Recipes& recipes, int sign) {
+  if (!in_real_lanes(placement)) return true;
+  const std::vector<Plan>& parts = row.plan.plan.parts;
+  const bool changes = placement == Placement::RealLane
+                           ? row.plan.method == ComplexPlan::Method::Linked && row.plan.plan.link()
+                           : std::any_of(parts.begin(), parts.end(), [](const Plan& part) { return part.link(); });
+  return changes && !row.plan.forms.any(BlockForm::RaderComplex) && counts_on_one_lane(row, recipes, sign, placement) == row.built;
 }
 
 Program lowered(const LanedTransform& t, const Candidate& c) {
@@ -68,12 +82,13 @@ Program lowered(const LanedTransform& t, const Candidate& c) {
 
 double estimate(const ComplexBody& body) { return port_use(body.program).estimate(); }
 
-// Rotations put off to the end spare shuffles, which the estimate sees, and hold values for longer, which the model of the
-// core sees: the product of both decides. Within 3 % of it the measured times go either way.
+// For placements of one form: the estimate sees the shuffles, the model of the core the values that wait in memory; the
+// product of both decides. Real lanes spare shuffles and hold values for longer; within 3 % their measured times go
+// either way.
 double promise(const ComplexBody& body) {
-  return estimate(body) * cycles_per_call(body.program, schedule(body.program));
+  const double cycles = estimate(body) * cycles_per_call(body.program, schedule(body.program));
+  return in_real_lanes(body.placement) ? cycles / 0.97 : cycles;
 }
-constexpr double kWorthwhile = 0.97;
 
 std::string lanes_used(Placement placement) {
   switch (placement) {
@@ -85,36 +100,30 @@ std::string lanes_used(Placement placement) {
   return {};
 }
 
+template <class F>
+const ComplexBody& least(const std::vector<ComplexBody>& bodies, F measure) {
+  std::vector<double> values;
+  for (const ComplexBody& b : bodies) values.push_back(measure(b));
+  return bodies[std::min_element(values.begin(), values.end()) - values.begin()];
+}
+
 }  // namespace
 
 ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, std::optional<Form> only) {
   const ComplexRow& row = tables.row(precision, length);
   const Recipes& recipes = tables.recipes.at(precision);
   const Counts counts = held_counts(row, recipes, length, sign);
-  const auto body_of = [&](const Candidate& c) {
-    const LanedTransform t = laned_transform(row.plan, recipes, sign, c.lanes, c.placement);
-    return ComplexBody{lowered(t, c), c.form, c.type, c.placement, c.lanes, counts};
-  };
-  std::optional<ComplexBody> best;
+  std::vector<ComplexBody> bodies;
   const std::vector<Candidate> all = candidates(precision, length);
   const bool choice = std::any_of(all.begin(), all.end(), [&](const Candidate& c) { return c.form == only; });
   for (const Candidate& c : all) {
-    if (choice && c.form != only) continue;
-    ComplexBody body = body_of(c);
-    if (!best || estimate(body) < estimate(*best)) best = std::move(body);
+    if ((choice && c.form != only) || !suits(c.placement, row, recipes, sign)) continue;
+    const LanedTransform t = laned_transform(row.plan, recipes, sign, c.lanes, c.placement);
+    bodies.push_back({lowered(t, c), c.form, c.type, c.placement, c.lanes, counts});
   }
-  if (best->form != Form::Interleaved) return *best;
-
-  const ComplexBody plain = *best;
-  std::optional<double> least;
-  for (const Placement placement : {Placement::RealLane, Placement::RealLaneBlocks}) {
-    if ((placement == Placement::RealLane && plain.lanes > 1) || !keeps_counts(row, recipes, sign, placement)) continue;
-    ComplexBody body = body_of({plain.form, plain.type, plain.lanes, placement});
-    if (estimate(body) >= estimate(plain)) continue;
-    if (!least) least = kWorthwhile * promise(plain);
-    if (const double promised = promise(body); promised < *least) least = promised, best = std::move(body);
-  }
-  return *best;
+  const Form form = least(bodies, estimate).form;
+  std::erase_if(bodies, [&](const ComplexBody& b) { return b.form != form; });
+  return bodies.size() == 1 ? bodies[0] : least(bodies, promise);
 }
 
 std::string describe(const ComplexBody& body) {
