@@ -163,7 +163,7 @@ std::string stage_fault(const Instruction& instruction, bool is_double, bool is_
 }
 
 void check_stages(const Body& body, const Surroundings&, Findings& findings) {
-  constexpr std::string_view kPrefix = "owngDCT4_", kStages[] = {"env4", "env5", "env8", "env9"};
+  constexpr std::string_view kPrefix = "owngDCT4_", kStages[] = {"env4", "env5", "env8", "env9", "env9_direct"};
   const std::string_view name = body.name;
   const auto stage =
       std::ranges::find_if(kStages, [&](std::string_view s) { return name.ends_with(std::string(s) + "_compute"); });

@@ -3,6 +3,8 @@
 // halves, and their parting on a downward store.
 #pragma once
 
+#include <stddef.h>
+
 #include "generator/kernel_support.h"
 
 namespace {

@@ -27,6 +27,8 @@ XFM_INTERNAL XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real*
                                               ptrdiff_t stride, ptrdiff_t half_step, const xfm::dct4::Range& bins);
 XFM_INTERNAL XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
                                               ptrdiff_t mirror);
+XFM_INTERNAL XfmStatus XFM_DCT4(env9_direct_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src,
+                                                     ptrdiff_t start, ptrdiff_t mirror);
 }
 
 namespace xfm::dct4 {
@@ -302,18 +304,24 @@ XfmStatus XFM_DCT4(env7_compute)(const xfm::dct4::Env7* self, Real* t, const Rea
 // Sequence r, bin h: the real part in row 2d'h + r of w, the imaginary part in row 2d'h + d' + r.
 XfmStatus XFM_DCT4(env9_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start, ptrdiff_t mirror) {
   using namespace xfm::dct4;
-  switch (self->rule) {
-    case 4: return transform_decimated<16, forward16>(self, w, src, start, mirror);
-    case 5: return transform_decimated<32, forward32>(self, w, src, start, mirror);
-    case 6: return transform_decimated<64, forward64>(self, w, src, start, mirror);
-    case kPartGeneral: break;
-    default: return kNoSuchRule;
-  }
+  if (self->rule != kPartGeneral) return XFM_DCT4(env9_direct_compute)(self, w, src, start, mirror);
   const Env7* const split = first_of<Env7>(self->stageOne);
   const ptrdiff_t shift = self->outerSpan;
   for (ptrdiff_t r = 0; r < self->radix; ++r)
     XFM_DCT4(env7_compute)(split, w + r * kColumns, src, start + r * shift, mirror - 2 * r * shift, self->radix * kColumns);
   return xfmStatusOk;
+}
+
+// Apart from env9_compute, whose levels stand on the stack together: the buffers are there once.
+XfmStatus XFM_DCT4(env9_direct_compute)(const xfm::dct4::Env9* self, Real* w, const Real* src, ptrdiff_t start,
+                                        ptrdiff_t mirror) {
+  using namespace xfm::dct4;
+  switch (self->rule) {
+    case 4: return transform_decimated<16, forward16>(self, w, src, start, mirror);
+    case 5: return transform_decimated<32, forward32>(self, w, src, start, mirror);
+    case 6: return transform_decimated<64, forward64>(self, w, src, start, mirror);
+    default: return kNoSuchRule;
+  }
 }
 
 XfmStatus XFM_DCT4(env8_compute)(const xfm::dct4::Env8* self, Real* t, const Real* w, ptrdiff_t stride,

@@ -1,5 +1,6 @@
 #include "dct4/kernels.h"
 
+#include "dct4/column_order.h"
 #include "dct4/flows.h"
 #include "generator/check.h"
 #include "generator/text.h"
@@ -63,16 +64,6 @@ std::vector<Value> gathered(Network& net, bool single, int row_length, int first
   return {{shuffle(a, b, 0x88)}, {shuffle(a, b, 0xDD)}, {shuffle(c, d, 0x88)}, {shuffle(c, d, 0xDD)}};
 }
 
-// The order of the columns in the table: each step of the synthesis takes what stands together.
-std::vector<int> column_order(int d) {
-  std::vector<int> order;
-  for (int c = 0; c < d / 2; ++c) {
-    const int a = d == 32 ? 16 * (c % 2) + 4 * (c / 2 % 4) + c / 8 : c;
-    order.insert(order.end(), {a, d - 1 - a});
-  }
-  return order;
-}
-
 // Twiddle and synthesis of V groups of 2d = length reals.
 StageKernel synthesis_kernel(int length, bool single) {
   StageKernel k{"synthesis", length, Network(vector_type(single), Signs::Explicit), {"t", "table"}, {}, {}, {}};
@@ -84,10 +75,10 @@ StageKernel synthesis_kernel(int length, bool single) {
     for (Value v : gathered(k.net, single, length, d + first)) im.push_back(v);
   }
   std::vector<Complex> t(d);
-  const std::vector<int> order = column_order(d);
   for (int p = 0; p < d; ++p) {
+    const int column = dct4::synthesis_column(d, p);
     const Value c = k.net.load(1, 2 * p * lanes), s = k.net.load(1, (2 * p + 1) * lanes);
-    t[order[p]] = k.net.rotate({re[order[p]], im[order[p]]}, c, s);
+    t[column] = k.net.rotate({re[column], im[column]}, c, s);
   }
   const std::vector<Value> y = synthesis(k.net, length, t);
   for (int u = 0; u < d; ++u) k.net.store(y[u + d], place(k.targets, "(rising + " + number(u) + " * step)"), 0);

@@ -4,6 +4,7 @@
 // evaluated by itself. A row is one 32-byte vector; rows stand in pairs, cosine and sine.
 #pragma once
 
+#include "dct4/column_order.h"
 #include "dct4/precision.h"
 
 extern "C" {
@@ -41,14 +42,6 @@ XFM_INTERNAL void XFM_DCT4(envfunction___del__)(void*) {}
 
 namespace xfm::dct4 {
 namespace {
-
-// The column of the p-th row pair for a radix d: columns come in the pairs a, d-1-a that a synthesis joins first; at
-// d = 32 two pairs follow each other that its first step of four joins.
-inline int32_t synthesis_column(int32_t d, int32_t p) {
-  const int32_t c = p / 2;
-  const int32_t a = d == 32 ? 16 * (c % 2) + 4 * (c / 2 % 4) + c / 8 : c;
-  return p % 2 == 0 ? a : d - 1 - a;
-}
 
 inline void fill_synthesis_table(const Env4* self) {
   constexpr int32_t V = Precision::kLanes;

@@ -67,14 +67,12 @@ void EnvList_freeChildren(EnvList* list) {
 
 int32_t divisorsIntNonTriv(int32_t* divisor, int32_t x) {
   struct Step {
-    int32_t from;  // the cascade is entered here by numbers of this size; one that falls through is not asked again
+    int32_t from;  // numbers of this size and above try the radix
     int32_t radix;
   };
   static const Step cascade[] = {{512, 32}, {128, 16}, {32, 8}, {16, 4}, {4, 2}};
-  bool entered = false;
   for (const Step& step : cascade) {
-    entered = entered || x >= step.from;
-    if (entered && x % step.radix == 0) {
+    if (x >= step.from && x % step.radix == 0) {
       *divisor = step.radix;
       return xfmStatusOk;
     }

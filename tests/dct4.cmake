@@ -6,6 +6,9 @@ xfm_add_test(dct4_planner_test LABEL dct4 SOURCES dct4_planner_test.cpp $<TARGET
 target_compile_definitions(dct4_planner_test PRIVATE ${dct4_sizes})
 target_include_directories(dct4_planner_test PRIVATE ${CMAKE_SOURCE_DIR}/core)
 
+xfm_add_test(dct4_block_test LABEL dct4 SOURCES dct4_block_test.cpp $<TARGET_OBJECTS:xfm_dct4>
+  LIBRARIES xfm_headers xfmcorex64)
+
 xfm_add_test(dct4_tables_test LABEL dct4 SOURCES dct4_tables_test.cpp $<TARGET_OBJECTS:xfm_dct4>
   LIBRARIES xfm_headers xfmcorex64 quadmath)
 target_compile_options(dct4_tables_test PRIVATE -fno-builtin)

@@ -1,5 +1,5 @@
-// The planner: arena and lists, radices, block sizes, trees, teardown, statuses. The program brings an allocator of its own,
-// which counts and can run dry.
+// The planner: arena and lists, radices, block sizes, statuses. The program brings an allocator of its own, which counts
+// and can run dry.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -27,20 +27,9 @@ void xfmFree(void* block) {
   block == nullptr ? ++g_null_frees : --g_blocks;
   std::free(block);
 }
-XfmStatus owngDCT4_32fg9_env1_plan(void*);
-void owngDCT4_32fg9_env1___del__(void*);
-void owngDCT4_64fg9_env1___del__(void*);
 }
 
 namespace {
-
-void tear_down(Env1* root, float) { owngDCT4_32fg9_env1___del__(root); }
-void tear_down(Env1* root, double) { owngDCT4_64fg9_env1___del__(root); }
-
-uintptr_t first_head(const void* block) {
-  const uintptr_t b = reinterpret_cast<uintptr_t>(block);
-  return b + 64 - b % 32;
-}
 
 // The sum that the plans add up to, in a form of its own: T + A(En) + 1152 + P(n/d), with each level as a signed 32-bit
 // number; -1 for a length without a plan.
@@ -174,95 +163,6 @@ TYPED_TEST(Dct4Plan, SizesThatWrap) {
   const bool single = sizeof(TypeParam) == 4;
   EXPECT_EQ(Api<TypeParam>::size(1 << 29, &bytes), single ? xfmStatusSizeError : xfmStatusOk);
   EXPECT_EQ(bytes, single ? 1073745312 : 536874400);
-}
-
-// Radices and lengths left from the root down, the last being a direct kernel's.
-TYPED_TEST(Dct4Plan, TreesOfTheValidLengths) {
-  const std::map<int, std::vector<int>> chains = {
-      {128, {8, 16}},           {256, {16, 16}},           {512, {16, 32}},           {1024, {32, 32}},
-      {2048, {32, 64}},         {4096, {32, 128, 8, 16}},  {8192, {32, 256, 16, 16}}, {16384, {32, 512, 16, 32}},
-      {32768, {32, 1024, 32, 32}}, {65536, {32, 2048, 32, 64}}, {131072, {32, 4096, 32, 128, 8, 16}},
-      {524288, {32, 16384, 32, 512, 16, 32}}};
-  for (const auto& [n, chain] : chains) {
-    const Planned<TypeParam> plan(n, 24);
-    ASSERT_EQ(plan.status, xfmStatusOk);
-    const Env1* root = plan.root();
-    EXPECT_EQ(root->rule, sizeof(TypeParam) == 4 ? 7 : 6);
-    const auto* env3 = static_cast<const Env3*>(EnvList_get(root->stageTwo, 0));
-    const auto* env5 = static_cast<const Env5*>(EnvList_get(env3->stageOne, 0));
-    std::vector<int> found = {root->radix, env5->cols};
-    const auto* split = static_cast<const Env7*>(EnvList_get(env5->stageOne, 0));
-    int rule = env5->rule;
-    while (split != nullptr) {
-      const auto* env9 = static_cast<const Env9*>(EnvList_get(split->stageTwo, 0));
-      EXPECT_EQ(split->outerLength, n);
-      EXPECT_NE(split->scratch, nullptr);
-      found.insert(found.end(), {split->radix, env9->cols});
-      rule = env9->rule;
-      split = static_cast<const Env7*>(EnvList_get(env9->stageOne, 0));
-    }
-    EXPECT_EQ(found, chain) << n;
-    EXPECT_EQ(1 << rule, found.back()) << n;
-  }
-}
-
-TEST(Dct4Planner, MembersOfASplitTree) {
-  const Planned<float> plan(131072);
-  const auto* env2 = static_cast<const Env2*>(EnvList_get(plan.root()->stageOne, 0));
-  const auto* env3 = static_cast<const Env3*>(EnvList_get(plan.root()->stageTwo, 0));
-  const auto* env4 = static_cast<const Env4*>(EnvList_get(env2->stageOne, 0));
-  const auto* env5 = static_cast<const Env5*>(EnvList_get(env3->stageOne, 0));
-  const auto* outer = static_cast<const Env7*>(EnvList_get(env5->stageOne, 0));
-  const auto* between = static_cast<const Env9*>(EnvList_get(outer->stageTwo, 0));
-  const auto* inner = static_cast<const Env7*>(EnvList_get(between->stageOne, 0));
-  const auto* env8 = static_cast<const Env8*>(EnvList_get(inner->stageOne, 0));
-  const auto* env9 = static_cast<const Env9*>(EnvList_get(inner->stageTwo, 0));
-  const int n = 131072;
-  EXPECT_EQ((std::vector<int>{env2->rule, env2->radix, env2->length, env2->span, env2->rows, env2->wrap, env2->cols}),
-            (std::vector<int>{1, 32, n, 64, 2048, 2 * n - 1, 4096}));
-  EXPECT_EQ((std::vector<int>{env4->rule, env4->radix, env4->length, env4->span, env4->vecSpan, env4->chunks, env4->wrap,
-                              env4->cols}),
-            (std::vector<int>{6, 32, n, 64, 512, 256, 2 * n - 1, 4096}));
-  EXPECT_EQ((std::vector<int>{env5->rule, env5->cols, env5->wrap, env5->span, env5->vecRadix, env5->radix}),
-            (std::vector<int>{7, 4096, 2 * n - 1, 64, 4, 32}));
-  EXPECT_EQ((std::vector<int>{inner->localLength, inner->radix, inner->outerA, inner->outerB, inner->outerSpan,
-                              inner->outerLength, inner->outerStride}),
-            (std::vector<int>{128, 8, n, n, 2048, n, 1024}));
-  EXPECT_EQ((std::vector<int>{env8->rule, env8->radix, env8->length, env8->stride, env8->doubleSpan, env8->chunks,
-                              env8->halfLength, env8->wrap, env8->cols}),
-            (std::vector<int>{3, 8, n, 1024, 16384, 8, 64, 127, 16}));
-  EXPECT_EQ((std::vector<int>{env9->rule, env9->cols, env9->span, env9->outerSpan, env9->radix, env9->outerLength,
-                              env9->stride, env9->outerStride}),
-            (std::vector<int>{4, 16, 16384, 2048, 8, n, 8192, 1024}));
-}
-
-// Init leaves the head where the size query's surplus for first list elements says; a teardown moves it back.
-TYPED_TEST(Dct4Plan, TeardownReturnsTheHead) {
-  for (int shift : {0, 3, 24, 31})
-    for (int n : {2, 32, 128, 1024, 4096, 131072}) {
-      const Planned<TypeParam> plan(n, shift);
-      ASSERT_EQ(plan.status, xfmStatusOk);
-      const uintptr_t start = first_head(plan.block), block = reinterpret_cast<uintptr_t>(plan.block);
-      EXPECT_EQ(reinterpret_cast<uintptr_t>(plan.state), start);
-      EXPECT_LE(plan.head(), block + plan.bytes);
-      if (n == 128 && shift == 0) {
-        EXPECT_EQ(plan.head(), block + plan.bytes - 224);
-      }
-      tear_down(plan.root(), TypeParam{});
-      EXPECT_EQ(plan.head(), start + 96) << n;
-    }
-}
-
-TEST(Dct4Planner, AFailedInitUnwindsByTheRules) {
-  std::vector<unsigned char> memory(1 << 16);
-  unsigned char* const block = memory.data() + (32 - reinterpret_cast<uintptr_t>(memory.data()) % 32) + 16384;
-  auto* const untouched = reinterpret_cast<XfmDCT4State_32f*>(&memory);
-  auto* state = untouched;
-  EXPECT_EQ(xfmgDCT4Init_32f(&state, 96, block), xfmStatusSizeError);
-  EXPECT_EQ(state, untouched);
-  EXPECT_EQ(reinterpret_cast<const Arena*>(block)->head, reinterpret_cast<uintptr_t>(block) - 320);
-  EXPECT_EQ(xfmgDCT4Init_32f(&state, 128, block), xfmStatusOk);
-  EXPECT_NE(state, untouched);
 }
 
 TYPED_TEST(Dct4Plan, RefusesBadLengthsEverywhere) {

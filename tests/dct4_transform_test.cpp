@@ -1,5 +1,6 @@
 // The transform: values against a 113-bit reference, and what it promises about memory, bits and threads.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -209,6 +210,45 @@ TYPED_TEST(Dct4, LengthsOneAboveAPowerRun) {
 }
 
 // Two states on two threads; a direct length's state on many.
+TYPED_TEST(Dct4, AnUnknownRuleGivesAStatus) {
+  const int n = 1024;
+  const Planned<TypeParam> plan(n);
+  const std::vector<TypeParam> x = noise<TypeParam>(n);
+  std::vector<TypeParam> y(n, TypeParam{7});
+  for (const int rule : {0, 8, -1}) {
+    plan.root()->rule = rule;
+    EXPECT_EQ(Api<TypeParam>::transform(x.data(), y.data(), plan.state), -5) << rule;
+    EXPECT_EQ(y, std::vector<TypeParam>(n, TypeParam{7}));
+  }
+}
+
+#ifndef XFM_DCT4_SANITIZED
+// The stack of a thread that only transforms, painted before; the lengths have one, two and three levels.
+TYPED_TEST(Dct4, TakesLessThan40KilobytesOfStack) {
+  constexpr size_t kStack = 1 << 20, kThread = 4096;  // what a thread takes before it does anything
+  for (const int n : {4096, 1 << 17, 1 << 20}) {
+    const Planned<TypeParam> plan(n);
+    const std::vector<TypeParam> x = noise<TypeParam>(n);
+    std::vector<TypeParam> y(n);
+    auto transform = [&] { Api<TypeParam>::transform(x.data(), y.data(), plan.state); };
+    std::vector<unsigned char> stack(kStack + 64, 0x5C);
+    unsigned char* const lowest = stack.data() + (64 - reinterpret_cast<uintptr_t>(stack.data()) % 64);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstack(&attributes, lowest, kStack), 0);
+    pthread_t thread;
+    const auto run = [](void* f) -> void* { return (*static_cast<decltype(transform)*>(f))(), nullptr; };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &transform), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    size_t untouched = 0;
+    while (untouched < kStack && lowest[untouched] == 0x5C) ++untouched;
+    EXPECT_LT(kStack - untouched, 40 * 1024 + kThread) << n;
+    EXPECT_NE(y[0], TypeParam{0});
+  }
+}
+#endif
+
 TYPED_TEST(Dct4, Threads) {
   const auto run = [](const Planned<TypeParam>& plan, int rounds) {
     const std::vector<TypeParam> x = noise<TypeParam>(plan.length), y = plan(x);
