@@ -1,8 +1,18 @@
-# The forward single-precision complex kernels in the split form throughout, for timing it against the forms in use:
-#   cmake --build --preset release --target bench_dft xfm_split_form
+# Complex kernels by other choices than those in use, for timing them against these: the split form throughout; no real lanes.
+#   cmake --build --preset release --target bench_dft xfm_split_form xfm_no_real_lanes
 #   build/release/bench/bench_dft --only Fwd_CToC_32fc --rivals none --against build/release/bench/libxfm_split_form.so
+#   build/release/bench/bench_dft --only Fwd_CToC --rivals none --against build/release/bench/libxfm_no_real_lanes.so
 set(tables ${CMAKE_SOURCE_DIR}/plans/functions.tsv ${CMAKE_SOURCE_DIR}/plans/complex_plans.tsv ${CMAKE_SOURCE_DIR}/plans/lane_blocks.tsv)
-set(report ${CMAKE_CURRENT_BINARY_DIR}/split_form.tsv)
-xfm_add_unit(split_units split_form DRIVER gen_dft ARGS ${tables} ${report} xfmgDFTFwd_CToC_32fc:split DEPENDS ${tables} REPORTS ${report})
-add_library(xfm_split_form MODULE EXCLUDE_FROM_ALL ${split_units})
-target_link_libraries(xfm_split_form PRIVATE xfm_headers)
+
+function(add_choice name choice)
+  set(units)
+  foreach(type ${ARGN})
+    set(report ${CMAKE_CURRENT_BINARY_DIR}/${name}_${type}.tsv)
+    xfm_add_unit(units ${name}_${type} DRIVER gen_dft ARGS ${tables} ${report} xfmgDFTFwd_CToC_${type}:${choice}
+      DEPENDS ${tables} REPORTS ${report})
+  endforeach()
+  add_library(xfm_${name} MODULE EXCLUDE_FROM_ALL ${units})
+  target_link_libraries(xfm_${name} PRIVATE xfm_headers)
+endfunction()
+add_choice(split_form split 32fc)
+add_choice(no_real_lanes no-real-lanes 32fc 64fc)

@@ -1,5 +1,6 @@
 // Writes one unit of complex kernels: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp
-// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, for comparing the two.
+// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:no-real-lanes no plan in
+// real lanes, for comparing them.
 #include <filesystem>
 #include <string>
 
@@ -18,10 +19,11 @@ std::string plan_of(const ComplexRow& row) {
   return row.text + (row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "");
 }
 
-Form form_named(const std::string& name) {
-  if (name == "split") return Form::Split;
-  if (name == "interleaved") return Form::Interleaved;
-  throw InputError("unknown form '" + name + "'");
+Choice choice_named(const std::string& name) {
+  if (name == "split") return {.form = Form::Split};
+  if (name == "interleaved") return {.form = Form::Interleaved};
+  if (name == "no-real-lanes") return {.real_lanes = false};
+  throw InputError("unknown choice '" + name + "'");
 }
 
 std::string report_line(const Function& f, const ComplexRow& row, const ComplexBody& body) {
@@ -36,12 +38,12 @@ std::string report_line(const Function& f, const ComplexRow& row, const ComplexB
 }
 
 void generate(int argc, char** argv) {
-  if (argc != 7) throw InputError("usage: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER[:FORM] output.cpp");
-  const std::vector<std::string> choice = split(argv[5], ':');
-  const std::optional<Form> only = choice.size() > 1 ? std::optional(form_named(choice[1])) : std::nullopt;
+  if (argc != 7) throw InputError("usage: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER[:CHOICE] output.cpp");
+  const std::vector<std::string> asked = split(argv[5], ':');
+  const Choice choice = asked.size() > 1 ? choice_named(asked[1]) : Choice{};
   const FunctionList list = FunctionList::read(argv[1]);
-  const std::vector<const Function*> kernels = list.kernels(choice[0]);
-  if (kernels.empty() || kernels[0]->part != "dft") throw InputError("no complex kernels under '" + choice[0] + "'");
+  const std::vector<const Function*> kernels = list.kernels(asked[0]);
+  if (kernels.empty() || kernels[0]->part != "dft") throw InputError("no complex kernels under '" + asked[0] + "'");
   const ComplexTables tables = ComplexTables::read(argv[2], argv[3]);
   const std::filesystem::path output = argv[6];
 
@@ -50,7 +52,7 @@ void generate(int argc, char** argv) {
   for (const Function* f : kernels) {
     const int precision = f->type == "32fc" ? 32 : 64;
     const ComplexRow& row = tables.row(precision, f->size);
-    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, only);
+    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, choice);
     Kernel kernel;
     kernel.symbol = f->name;
     kernel.element = "Xfm" + f->type;

@@ -109,15 +109,16 @@ const ComplexBody& least(const std::vector<ComplexBody>& bodies, F measure) {
 
 }  // namespace
 
-ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, std::optional<Form> only) {
+ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, const Choice& choice) {
   const ComplexRow& row = tables.row(precision, length);
   const Recipes& recipes = tables.recipes.at(precision);
   const Counts counts = held_counts(row, recipes, length, sign);
   std::vector<ComplexBody> bodies;
   const std::vector<Candidate> all = candidates(precision, length);
-  const bool choice = std::any_of(all.begin(), all.end(), [&](const Candidate& c) { return c.form == only; });
+  const bool has_form = std::any_of(all.begin(), all.end(), [&](const Candidate& c) { return c.form == choice.form; });
   for (const Candidate& c : all) {
-    if ((choice && c.form != only) || !suits(c.placement, row, recipes, sign)) continue;
+    if ((has_form && c.form != choice.form) || (in_real_lanes(c.placement) && !choice.real_lanes)) continue;
+    if (!suits(c.placement, row, recipes, sign)) continue;
     const LanedTransform t = laned_transform(row.plan, recipes, sign, c.lanes, c.placement);
     bodies.push_back({lowered(t, c), c.form, c.type, c.placement, c.lanes, counts});
   }

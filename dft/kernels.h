@@ -20,9 +20,15 @@ struct ComplexBody {
   Counts counts;
 };
 
+// What to choose from, for timing one choice against another.
+struct Choice {
+  std::optional<Form> form = {};  // only this one, where a size has several
+  bool real_lanes = true;
+};
+
 // Builds the body of one size and direction (sign -1 forward, +1 inverse); throws InputError where the counts of the
-// graph are not those of the row. With `only`, the body in that form where the size has several.
-ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, std::optional<Form> only = {});
+// graph are not those of the row.
+ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, const Choice& choice = {});
 
 std::string describe(const ComplexBody& body);
 
