@@ -11,7 +11,7 @@ namespace xfm {
 
 namespace {
 
-constexpr int kLongest = 1024;  // of a block; far above all tables
+constexpr int kLongest = 1024, kDeepest = 16;  // of a block and of parentheses; far above all tables
 
 class Parser {
  public:
@@ -24,7 +24,7 @@ class Parser {
   }
 
  private:
-  [[noreturn]] void fail(const std::string& why) const { throw InputError("plan '" + text_ + "': " + why); }
+  [[noreturn]] void fail(const std::string& why) const { throw InputError("plan '" + text_.substr(0, 80) + "': " + why); }
 
   std::string peek() {
     while (at_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[at_]))) ++at_;
@@ -53,6 +53,7 @@ class Parser {
   }
 
   Plan chain() {
+    if (++depth_ > kDeepest) fail("too many parentheses");
     Plan plan = atom();
     for (std::string link = peek(); link == "ct" || link == "pf"; link = peek()) {
       take();
@@ -62,6 +63,7 @@ class Parser {
       if (pf && std::gcd(plan.length, right.length) != 1) fail("the parts of 'pf' must be coprime");
       plan = {pf ? Plan::Kind::GoodThomas : Plan::Kind::CooleyTukey, plan.length * right.length, "", {plan, right}};
     }
+    --depth_;
     return plan;
   }
 
@@ -94,6 +96,7 @@ class Parser {
 
   const std::string& text_;
   size_t at_ = 0;
+  int depth_ = 0;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "dft/tables.h"
 
 #include <charconv>
+#include <set>
 
 #include "generator/check.h"
 #include "generator/table.h"
@@ -49,10 +50,23 @@ BlockForms forms_in(const TableRow& row) {
     int prime = 0;
     const auto [end, error] = std::from_chars(entry.data(), entry.data() + colon, prime);
     if (error != std::errc() || end != entry.data() + colon) row.fail("forms are written p:first/other");
-    forms.special[prime] = {form_named(row, entry.substr(colon + 1, slash - colon - 1)),
-                                                        form_named(row, entry.substr(slash + 1))};
+    const BlockForms::Pair pair{form_named(row, entry.substr(colon + 1, slash - colon - 1)), form_named(row, entry.substr(slash + 1))};
+    if (!forms.special.emplace(prime, pair).second) row.fail("two forms for " + std::to_string(prime));
   }
   return forms;
+}
+
+void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
+  if (plan.parts.empty()) blocks.push_back(&plan);
+  for (const Plan& part : plan.parts) collect_blocks(part, blocks);
+}
+
+std::multiset<int> block_lengths(const Plan& plan) {
+  std::vector<const Plan*> blocks;
+  collect_blocks(plan, blocks);
+  std::multiset<int> lengths;
+  for (const Plan* b : blocks) lengths.insert(b->length);
+  return lengths;
 }
 
 ComplexPlan method_in(const TableRow& row, int length) {
@@ -71,8 +85,14 @@ ComplexPlan method_in(const TableRow& row, int length) {
     if (plan.plan.length < 2 * length - 1) row.fail("a chirp convolution is at least twice the length");
   } else {
     plan.plan = plan_in(row, "plan", length);
-    if (row["runs"] != "-") plan.plan = plan_in(row, "runs", length);
+    if (row["runs"] != "-") {
+      const Plan runs = plan_in(row, "runs", length);
+      if (block_lengths(runs) != block_lengths(plan.plan)) row.fail("plan and runs have different blocks");
+      plan.plan = runs;
+    }
   }
+  const bool closed = plan.method == ComplexPlan::Method::Direct || plan.method == ComplexPlan::Method::RealLane;
+  if (closed && row["runs"] != "-") row.fail("'" + name + "' runs no plan");
   if (plan.method != ComplexPlan::Method::Linked && !is_odd_prime(length)) row.fail(std::to_string(length) + " is not an odd prime");
   return plan;
 }
@@ -88,11 +108,6 @@ void read_counts(const TableRow& row, ComplexRow& out) {
   const auto near = [](int built, int reference) { return built <= reference + reference / 100; };
   if (!near(out.built.additions, out.reference.additions) || !near(out.built.multiplications, out.reference.multiplications))
     row.fail("the built counts exceed the reference by more than a hundredth");
-}
-
-void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
-  if (plan.parts.empty()) blocks.push_back(&plan);
-  for (const Plan& part : plan.parts) collect_blocks(part, blocks);
 }
 
 // A block without a name is a butterfly or a prime.
@@ -118,6 +133,10 @@ void check_recipes(const ComplexRow& row, const Recipes& recipes) {
   if (row.plan.method == ComplexPlan::Method::RealLane || row.plan.method == ComplexPlan::Method::Direct) return;
   std::vector<const Plan*> blocks;
   collect_blocks(row.plan.plan, blocks);
+  const std::multiset<int> lengths = block_lengths(row.plan.plan);
+  for (const auto& [prime, forms] : row.plan.forms.special)
+    if (!lengths.contains(prime))
+      throw InputError(row.where + ": a form for " + std::to_string(prime) + ", which is no block of '" + row.text + "'");
   for (const Plan* b : blocks) {
     if (b->kind != Plan::Kind::Block || !has_form(b->length))
       throw InputError(row.where + ": '" + row.text + "' has the block " + to_text(*b) + ", which a complex plan cannot have");
@@ -127,6 +146,12 @@ void check_recipes(const ComplexRow& row, const Recipes& recipes) {
 }
 
 }  // namespace
+
+const ComplexRow& ComplexTables::row(int precision, int length) const {
+  const auto found = rows.find({precision, length});
+  if (found == rows.end()) throw InputError("no plan for length " + std::to_string(length) + " in precision " + std::to_string(precision));
+  return found->second;
+}
 
 ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std::filesystem::path& lane_blocks) {
   ComplexTables tables;
@@ -152,10 +177,14 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
     const int prime = row.integer("prime");
     if (!is_odd_prime(prime)) row.fail(std::to_string(prime) + " is not an odd prime");
     if (row["middle row"] != "real" && row["middle row"] != "complex") row.fail("a middle row is real or complex");
+    const bool named = row["block"] != "-";
+    if (named && plan_in(row, "block", prime).kind != Plan::Kind::NamedRader) row.fail("'" + row["block"] + "' is no name of a block");
+    if (named ? row["precision"] != "-" : row["precision"] != "32" && row["precision"] != "64")
+      row.fail("precision is 32 or 64, for a block with a name -");
     LaneRecipe recipe{plan_in(row, "first", prime - 1), plan_in(row, "second", prime - 1), row["middle row"] == "complex"};
     for (int precision : {32, 64}) {
       Recipes& recipes = tables.recipes[precision];
-      if (row["block"] != "-") {
+      if (named) {
         if (!recipes.by_name.emplace(row["block"], recipe).second) row.fail("a second block of this name");
       } else if (row.integer("precision") == precision) {
         if (!recipes.by_prime.emplace(prime, recipe).second) row.fail("a second block of this prime");

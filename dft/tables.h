@@ -24,7 +24,7 @@ struct ComplexTables {
   // Both tables, validated: all lengths 2 to 64 in both precisions, lengths of plans, departures with reasons.
   static ComplexTables read(const std::filesystem::path& plans, const std::filesystem::path& lane_blocks);
 
-  const ComplexRow& row(int precision, int length) const { return rows.at({precision, length}); }
+  const ComplexRow& row(int precision, int length) const;
 
   std::map<std::pair<int, int>, ComplexRow> rows;
   std::map<int, Recipes> recipes;  // by precision

@@ -59,7 +59,7 @@ Range read_range(const TableRow& row, std::string_view text) {
   const auto number = [&](const std::string& digits) {
     int value = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size();
+    const bool whole = error == std::errc() && end == digits.data() + digits.size() && digits[0] != '0';
     return whole ? value : 0;
   };
   const Range range = {number(ends.front()), number(ends.back())};
@@ -107,14 +107,18 @@ Function read_common(const TableRow& row) {
   }
   function.arguments = replace_all(replace_all(row["arguments"], "{T}", element), "{t}", function.type);
   function.name = function.type.empty() ? function.family : function.family + "_" + function.type;
-  if (function.family.empty() || function.part.empty() || row["doc"].empty()) row.fail("an empty cell");
+  for (const char* column : {"part", "name", "returns", "doc"})
+    if (row[column].empty()) row.fail("an empty cell");
+  if (!function.family.starts_with("xfmg")) row.fail("\"" + function.family + "\" does not begin with xfmg");
   return function;
 }
 
 // The kernel's arguments with the selecting one put before the flag.
 std::string dispatcher_arguments(const TableRow& row, const std::string& kernel_arguments) {
-  const size_t flag = kernel_arguments.find("int flag");
-  if (flag == std::string::npos) row.fail("kernels without an argument \"int flag\"");
+  const std::string_view name = "int flag";
+  const size_t flag = kernel_arguments.find(name);
+  const size_t behind = flag + name.size();
+  if (flag == std::string::npos || (behind < kernel_arguments.size() && kernel_arguments[behind] != ',')) row.fail("kernels without an argument \"int flag\"");
   return std::string(kernel_arguments).insert(flag, "int " + row["index"] + ", ");
 }
 
@@ -229,6 +233,7 @@ FunctionList FunctionList::restricted_to(const std::vector<std::string>& names) 
   for (const Function& function : functions_) {
     bool wanted = false;
     for (const std::string& name : names) {
+      if (name.empty()) continue;
       if (name != function.part && name != function.family && name != function.dispatcher && name != function.name)
         continue;
       wanted = true;

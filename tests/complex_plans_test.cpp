@@ -109,9 +109,13 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"20", kPlan, "4 pf R5", "has the block R5"},  // a name of the real-lane plans
       {"9", kPlan, "real-lane", "9 is not an odd prime"},
       {"9", kPlan, "direct", "9 is not an odd prime"},
-      {"7", kPlan, "real-lane", "no table says how it is made"},
+      {"3", kPlan, "real-lane", "no table says how it is made"},
       {"9", kPlan, "rader", "expected a block"},  // its inner plan is missing
       {"47", kRuns, "8", "at least twice the length"},
+      {"3", kRuns, "2 pf", "'direct' runs no plan"},
+      {"12", kRuns, "(2 ct 2) pf 3", "plan and runs have different blocks"},
+      {"15", kForms, "7:lane/direct", "a form for 7, which is no block of '5 pf 3'"},
+      {"15", kForms, "5:direct/direct 5:direct/direct", "two forms for 5"},
       {"10", kForms, "5", "forms are written"},
       {"10", kForms, "x:lane/direct", "forms are written"},
       {"10", kForms, "5:lane/quick", "unknown form of a block 'quick'"},
@@ -127,6 +131,9 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
     plans_[line][c.column] = c.value;
     expect_refused(std::string("N = ") + c.length + " with " + c.value, "plans.tsv:" + std::to_string(line + 1) + ": ", c.why);
   }
+  reset();
+  plans_[plans_.find({"6", "32"})][kPlan] = std::string(200000, '(') + "2 pf 3";
+  expect_refused("a deep plan", "plans.tsv:", "too many parentheses");
 }
 
 TEST_F(ComplexPlans, BadBlocksAreRefusedWithTheirLine) {
@@ -148,6 +155,15 @@ TEST_F(ComplexPlans, BadBlocksAreRefusedWithTheirLine) {
     const size_t line = blocks_.find({"-", "32", "13"});
     blocks_[line][c.column] = c.value;
     expect_refused(c.value, "blocks.tsv:" + std::to_string(line + 1) + ": ", c.why);
+  }
+  const std::vector<std::vector<const char*>> named = {
+      {"R5", "-", "7", "2 pf 3", "2 pf 3", "real", "'R5' has length 5"}, {"17", "-", "17", "4 ct 4", "4 ct 4", "real", "no name of a block"},
+      {"R17", "64", "17", "4 ct 4", "4 ct 4", "real", "a block with a name -"}, {"-", "31", "17", "4 ct 4", "4 ct 4", "real", "precision is 32 or 64"}};
+  for (const auto& cells : named) {
+    reset();
+    const size_t line = blocks_.find({"-", "32", "13"});
+    std::copy(cells.begin(), cells.end() - 1, blocks_[line].begin());
+    expect_refused(cells.back(), "blocks.tsv:" + std::to_string(line + 1) + ": ", cells.back());
   }
 }
 

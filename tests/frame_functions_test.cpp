@@ -100,21 +100,25 @@ struct BadList {
 
 constexpr const char* kColumns = "part\tname\ttype\treturns\targuments\tindex\tsizes\tscale\tclasses\tdoc\n";
 const BadList kBadLists[] = {
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2-3\tText.", "a size has no class"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2-5\tText.", "size 5 out of range"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2; Gate16Twin 2-4\tText.", "two classes for size 2"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlane rest\tText.", "is not a class"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t4-2\tforward\tPlain rest\tText.", "is not a range"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-x\tforward\tPlain rest\tText.", "is not a range"},
-    {"dft\tf\t32q\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain rest\tText.", "is not an element type"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tsideways\tPlain rest\tText.", "is not a scale rule"},
-    {"dft\tf\t32fc\tXfmStatus\tvoid\tlen\t2-4\tforward\tPlain rest\tText.", "int flag"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlength\t2-4\tforward\tPlain rest\tText.", "neither len nor order"},
-    {"dft\tf\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain rest\tText.\n"
-     "dft\tf\t32fc\tXfmStatus\tint flag\tlen\t6-7\tforward\tPlain rest\tText.", "do not continue"},
-    {"dft\tf\t32fc\tXfmStatus\tvoid\t-\t-\t-\t-\tText.\ndft\tf\t32fc\tXfmStatus\tvoid\t-\t-\t-\t-\tText.",
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2-3\tText.", "a size has no class"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2-5\tText.", "size 5 out of range"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain 2; Gate16Twin 2-4\tText.", "two classes for size 2"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlane rest\tText.", "is not a class"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t4-2\tforward\tPlain rest\tText.", "is not a range"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-x\tforward\tPlain rest\tText.", "is not a range"},
+    {"dft\txfmgF\t32q\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain rest\tText.", "is not an element type"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tsideways\tPlain rest\tText.", "is not a scale rule"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tvoid\tlen\t2-4\tforward\tPlain rest\tText.", "int flag"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlength\t2-4\tforward\tPlain rest\tText.", "neither len nor order"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain rest\tText.\n"
+     "dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t6-7\tforward\tPlain rest\tText.", "do not continue"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tvoid\t-\t-\t-\t-\tText.\ndft\txfmgF\t32fc\tXfmStatus\tvoid\t-\t-\t-\t-\tText.",
      "listed twice"},
-    {"dft\tf\t32fc", "3 cells"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flag\tlen\t02-4\tforward\tPlain rest\tText.", "is not a range"},
+    {"dft\txfmgF\t32fc\tXfmStatus\tint flags\tlen\t2-4\tforward\tPlain rest\tText.", "int flag"},
+    {"dft\txfmgF\t32fc\t\tint flag\tlen\t2-4\tforward\tPlain rest\tText.", "an empty cell"},
+    {"dft\tF\t32fc\tXfmStatus\tint flag\tlen\t2-4\tforward\tPlain rest\tText.", "does not begin with xfmg"},
+    {"dft\txfmgF\t32fc", "3 cells"},
     {"", "no rows"},
 };
 
