@@ -35,7 +35,7 @@ namespace xfm::dct4 {
 namespace {
 
 // An env7 for a column of `m` and all below it; the outer values as its members hold them.
-inline int32_t env7_size(int32_t m, int32_t a, int32_t b, int32_t span, int32_t length, int32_t stride) {
+[[gnu::always_inline]] inline int32_t env7_size(int32_t m, int32_t a, int32_t b, int32_t span, int32_t length, int32_t stride) {
   int32_t d = 0;
   if (divisorsIntNonTriv(&d, m / 2) != xfmStatusOk) return kNoSize;
   const int32_t combine = env8_size(d, m / (2 * d));
