@@ -2,7 +2,7 @@
 #   cmake --build --preset release --target bench_dft xfm_split_form xfm_no_real_lanes
 #   build/release/bench/bench_dft --only Fwd_CToC_32fc --rivals none --against build/release/bench/libxfm_split_form.so
 #   build/release/bench/bench_dft --only Fwd_CToC --rivals none --against build/release/bench/libxfm_no_real_lanes.so
-set(tables ${CMAKE_SOURCE_DIR}/plans/functions.tsv ${CMAKE_SOURCE_DIR}/plans/complex_plans.tsv ${CMAKE_SOURCE_DIR}/plans/lane_blocks.tsv)
+set(tables ${PROJECT_SOURCE_DIR}/plans/functions.tsv ${PROJECT_SOURCE_DIR}/plans/complex_plans.tsv ${PROJECT_SOURCE_DIR}/plans/lane_blocks.tsv)
 
 function(add_choice name choice)
   set(units)

@@ -36,6 +36,6 @@ complex_fault(status-of-a-misaligned-null complex_memory_test ComplexMemory.BadA
 # Bad rows in the plan tables, given to the generator itself.
 xfm_add_test(complex_plans_test LABEL complex SOURCES complex_plans_test.cpp LIBRARIES xfm_generator)
 target_compile_definitions(complex_plans_test PRIVATE
-  XFM_PLANS="${CMAKE_SOURCE_DIR}/plans" XFM_GEN_DFT="$<TARGET_FILE:gen_dft>")
+  XFM_PLANS="${PROJECT_SOURCE_DIR}/plans" XFM_GEN_DFT="$<TARGET_FILE:gen_dft>")
 target_compile_options(complex_plans_test PRIVATE -Wno-restrict)
 add_dependencies(complex_plans_test gen_dft)
