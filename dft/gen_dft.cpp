@@ -6,6 +6,7 @@
 
 #include "dft/kernels.h"
 #include "generator/check.h"
+#include "generator/core.h"
 #include "generator/functions.h"
 #include "generator/program.h"
 #include "generator/table.h"
@@ -32,7 +33,7 @@ std::string report_line(const Function& f, const ComplexRow& row, const ComplexB
   std::snprintf(cycles, sizeof cycles, "%.1f", use.cycles());
   std::string line = f.name + "\t" + plan_of(row) + "\t" + describe(body);
   for (int n : {body.counts.additions, body.counts.multiplications, row.reference.additions, row.reference.multiplications, use.adds,
-                use.muls, use.shuffles + use.crossings, use.loads, use.stores})
+                use.muls, use.moves(), use.loads, use.stores})
     line += "\t" + std::to_string(n);
   return line + "\t" + cycles + "\t" + (row.reason.empty() ? "-" : row.reason) + "\n";
 }
