@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "generator/label.h"
 #include "generator/number.h"
 
 namespace xfm {
@@ -72,6 +73,7 @@ struct Node {
   std::vector<Point> points = {};  // Regroup: where every lane comes from
   bool mergeable = true;  // its constants may move into the products that use it
   bool exempt = false;    // stays mergeable whatever is frozen around it
+  Label label = {};       // empty for an input
 
   bool has_products() const;
 };
@@ -103,6 +105,22 @@ class Graph {
   void freeze_all_since(int first);
   void exempt_since(int first);
 
+  // An iteration of a loop of the flow: sums made while it stands carry it in their labels.
+  class Loop {
+   public:
+    Loop(Graph& graph, std::string name, int iteration = 0) : Loop(graph, Label{{std::move(name), iteration}}) {}
+    // As if within the loops of a label.
+    Loop(Graph& graph, const Label& label);
+    ~Loop();
+    Loop(const Loop&) = delete;
+
+   private:
+    Graph& graph_;
+    size_t outer_;
+  };
+  // Numbers the parts of an iteration that have loops of their own.
+  int next_in_loop() { return ++made_.back(); }
+
  private:
   using Key = std::vector<std::pair<__int128, __int128>>;
   Ref find_or_make(Key key, Node node);
@@ -110,6 +128,8 @@ class Graph {
   int lanes_;
   std::vector<Node> nodes_;
   std::map<Key, Ref> known_;
+  Label loops_;
+  std::vector<int> made_{0};  // by open loop: sums asked for so far
 };
 
 }  // namespace xfm

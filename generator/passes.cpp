@@ -43,6 +43,11 @@ Counts count(const Graph& g, std::span<const Ref> outputs) {
 std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,
                            std::span<const Ref> feed) {
   std::vector<std::vector<Term>> uses(g.size());
+  std::vector<OperandLabel> labels(g.size());  // a node of the result does what the users of its original did
+  const auto made = [&](int i) {
+    const Graph::Loop loop(target, labels[i].empty() ? g[i].label : labels[i].label());
+    return target.lin(uses[i]);
+  };
   for (size_t i = 0; i < outputs.size(); ++i)
     if (outputs[i]) uses[outputs[i].node].push_back({1, feed[i].turned(outputs[i].turn)});
   std::vector<char> end(g.size());
@@ -50,11 +55,14 @@ std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::spa
   for (int i = g.size() - 1; i >= 0; --i) {
     if (uses[i].empty() || end[i]) continue;
     check(g[i].kind == Node::Kind::Sum, "a transposed network ends at its inputs");
-    const Ref value = target.lin(uses[i]);
-    for (const Term& t : g[i].terms) uses[t.ref.node].push_back({t.coef, value.turned(t.ref.turn)});
+    const Ref value = made(i);
+    for (int place = 0; const Term& t : g[i].terms) {
+      uses[t.ref.node].push_back({t.coef, value.turned(t.ref.turn)});
+      labels[t.ref.node].taken_by(g[i].label, place++);
+    }
   }
   std::vector<Ref> result;
-  for (int i : inputs) result.push_back(target.lin(uses[i]));
+  for (int i : inputs) result.push_back(made(i));
   return result;
 }
 
@@ -116,6 +124,7 @@ class Merger {
       } else {
         std::vector<Term> terms = terms_[i];
         for (Term& t : terms) t.ref = renewed(t.ref);
+        const Graph::Loop loop(out, n.label);
         made[i] = out.lin(terms);
       }
     }
