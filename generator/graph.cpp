@@ -142,16 +142,4 @@ Ref Graph::regroup(const std::vector<Point>& points) {
   return find_or_make(std::move(key), {.kind = Node::Kind::Regroup, .points = points});
 }
 
-void Graph::freeze_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].mergeable = nodes_[i].exempt;
-}
-
-void Graph::freeze_all_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].mergeable = false;
-}
-
-void Graph::exempt_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].exempt = true;
-}
-
 }  // namespace xfm
