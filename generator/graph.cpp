@@ -157,16 +157,4 @@ Graph::Loop::~Loop() {
   graph_.made_.pop_back();
 }
 
-void Graph::freeze_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].mergeable = nodes_[i].exempt;
-}
-
-void Graph::freeze_all_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].mergeable = false;
-}
-
-void Graph::exempt_since(int first) {
-  for (int i = first; i < size(); ++i) nodes_[i].exempt = true;
-}
-
 }  // namespace xfm

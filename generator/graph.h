@@ -71,8 +71,6 @@ struct Node {
   std::vector<int> cells = {};     // Input: element of the source for every lane, -1 where the lane is empty
   std::vector<Term> terms = {};    // Sum: coefficients normalised so that none is negative
   std::vector<Point> points = {};  // Regroup: where every lane comes from
-  bool mergeable = true;  // its constants may move into the products that use it
-  bool exempt = false;    // stays mergeable whatever is frozen around it
   Label label = {};       // empty for an input
 
   bool has_products() const;
@@ -99,11 +97,6 @@ class Graph {
   Ref sum(std::span<const Ref> refs);
   // The vector with the given lanes; a whole vector in its own order is itself.
   Ref regroup(const std::vector<Point>& points);
-
-  // Nodes made since `first` keep their constants to themselves when constants are merged, but for exempt ones.
-  void freeze_since(int first);
-  void freeze_all_since(int first);
-  void exempt_since(int first);
 
   // An iteration of a loop of the flow: sums made while it stands carry it in their labels.
   class Loop {

@@ -75,8 +75,7 @@ struct Use {
 
 class Merger {
  public:
-  Merger(const Graph& g, std::span<const Ref> outputs, Merge merge)
-      : g_(g), merge_(merge), terms_(g.size()), output_(g.size()) {
+  Merger(const Graph& g, std::span<const Ref> outputs) : g_(g), terms_(g.size()), output_(g.size()) {
     live_ = live_nodes(g, outputs);
     for (int i : live_) terms_[i] = g[i].terms;
     for (Ref r : outputs)
@@ -134,12 +133,8 @@ class Merger {
 
  private:
   bool may_move(int v, const std::vector<Use>& uses) const {
-    if (!g_[v].mergeable || output_[v] || terms_[v].empty() || uses.empty()) return false;
-    for (const Term& t : terms_[v])
-      if (t.coef.unit()) return false;
-    for (const Use& u : uses)
-      if (!u.product) return false;
-    return uses.size() == 1 || (merge_ == Merge::Products && terms_[v].size() == 1);
+    if (output_[v] || terms_[v].empty() || uses.size() != 1 || !uses[0].product) return false;
+    return std::none_of(terms_[v].begin(), terms_[v].end(), [](const Term& t) { return t.coef.unit(); });
   }
 
   bool shares_operand(int user, int v) const {
@@ -162,7 +157,6 @@ class Merger {
   }
 
   const Graph& g_;
-  Merge merge_;
   std::vector<std::vector<Term>> terms_;
   std::vector<char> output_;
   std::vector<int> live_;
@@ -170,8 +164,8 @@ class Merger {
 
 }  // namespace
 
-Graph merge_constants(const Graph& g, std::vector<Ref>& outputs, Merge merge) {
-  Merger merger(g, outputs, merge);
+Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
+  Merger merger(g, outputs);
   while (merger.round()) {
   }
   return merger.result(outputs);
