@@ -6,7 +6,7 @@
 #include <numeric>
 #include <span>
 
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 #include "generator/check.h"
 #include "generator/passes.h"
 

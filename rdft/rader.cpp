@@ -5,6 +5,7 @@
 // So the spectrum of a is multiplied bin by bin by real-lane constants, and the way back needs no L-point transform: its
 // even bins give R_k and its odd bins I_k, each through the transpose of the forward network of those bins.
 
+#include "flows/numbers.h"
 #include "generator/passes.h"
 #include "rdft/stages.h"
 
@@ -77,7 +78,7 @@ std::vector<Ref> way_back(const Way& way, const Bins& bins, const HalfSpectrum& 
 
 HalfSpectrum Stages::rader(const Rader& plan, int p, std::span<const Ref> x) {
   const int length = p - 1, half = length / 2;
-  const int root = plan.root ? plan.root : smallest_primitive_root(p);
+  const int root = plan.root ? plan.root : primitive_root(p);
   const int root_inverse = power_mod(root, p - 2, p), start_inverse = power_mod(plan.start, p - 2, p);
   std::vector<Ref> sequence;
   for (int j = 0; j < length; ++j) sequence.push_back(x[plan.start * power_mod(root, j, p) % p]);

@@ -1,5 +1,6 @@
 #include "rdft/stages.h"
 
+#include "flows/numbers.h"
 #include "generator/check.h"
 
 namespace xfm::rdft {
@@ -10,11 +11,9 @@ using Loop = Graph::Loop;
 
 const Real kHalfRoot = square_root(Real(0.5));
 
-int wrapped(long long k, int n) { return static_cast<int>(((k % n) + n) % n); }
-
 // Files a bin under its index or, as conjugate, under that of its mirror image.
 void put(Bins& bins, long long index, int n, Complex z) {
-  const int k = wrapped(index, n);
+  const int k = residue(index, n);
   if (2 * k > n) {
     bins[n - k] = z.conj();
   } else {
@@ -36,13 +35,6 @@ std::vector<T> every(std::span<const T> x, int start, int step) {
   std::vector<T> out;
   for (size_t i = start; i < x.size(); i += step) out.push_back(x[i]);
   return out;
-}
-
-// The bins k with k = k1 mod a, k = k2 mod b.
-int chinese_remainder(int k1, int a, int k2, int b) {
-  int k = k1;
-  while (k % b != k2) k += a;
-  return k;
 }
 
 }  // namespace
@@ -244,7 +236,7 @@ std::vector<Complex> Stages::complex_twiddled(const Twiddled& plan, int n, std::
     std::vector<Complex> row;
     for (int r = 0; r < b; ++r) row.push_back(rotate(classes[r][m], r * bin, n, r));
     row = complex(*plan.second, row);
-    for (int k = 0; k < b; ++k) out[wrapped(bin + a * k, n)] = row[k];
+    for (int k = 0; k < b; ++k) out[residue(bin + a * k, n)] = row[k];
   }
   return out;
 }
@@ -261,10 +253,9 @@ HalfSpectrum Stages::good_thomas(const GoodThomas& plan, int n, std::span<const 
   }
   Bins bins;
   // Reading the elements in steps of w and the classes in steps of u multiplies the indices of the bins likewise.
-  const int w_inverse = [&] { int v = 1; while (v * plan.w % a != 1 % a) ++v; return v; }();
-  const int u_inverse = [&] { int v = 1; while (v * plan.u % b != 1 % b) ++v; return v; }();
+  const int w_inverse = inverse_mod(plan.w, a), u_inverse = inverse_mod(plan.u, b);
   const auto index = [&](int k1, int k2) {
-    return chinese_remainder(wrapped(k1 * w_inverse, a), a, wrapped(k2 * u_inverse, b), b);
+    return chinese_remainder(residue(k1 * w_inverse, a), a, residue(k2 * u_inverse, b), b);
   };
   for (int m = 0; m <= a / 2; ++m) {
     const Loop loop(g_, real_bin(m, a) ? "real row" : "row", m);

@@ -12,7 +12,7 @@
 
 #include <vector>
 
-#include "dft/blocks.h"
+#include "flows/blocks.h"
 
 namespace xfm {
 

@@ -1,4 +1,4 @@
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 
 #include "generator/check.h"
 #include "generator/passes.h"
