@@ -8,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "generator/label.h"
 #include "generator/number.h"
 
 namespace xfm {
@@ -85,6 +86,8 @@ class Program {
  public:
   // The value of an operation; equal operations are one value.
   int emit(const Inst& inst);
+  // What is emitted from now on carries this label, numbered.
+  void set_label(Label label) { label_ = std::move(label), step_ = 0; }
   int constant(Type type, std::vector<Real> lanes);
   // Lanes of a, and of b if it is given, in another order.
   int pick(Type type, int a, int b, std::vector<int> pattern);
@@ -100,9 +103,13 @@ class Program {
   const std::vector<int>& pattern(const Inst& pick) const { return patterns_[pick.imm]; }
   const std::vector<Real>& lanes(const Inst& constant) const;
   Type type(int value) const { return insts_[value].type; }
+  const Label& label(int value) const { return labels_[value]; }
 
  private:
   std::vector<Inst> insts_;
+  std::vector<Label> labels_;
+  Label label_;
+  int step_ = 0;
   std::vector<Store> stores_;
   std::vector<PoolEntry> pool_;
   std::vector<std::vector<int>> patterns_;
