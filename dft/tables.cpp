@@ -26,12 +26,7 @@ Plan plan_in(const TableRow& row, std::string_view column, int length) {
   return plan;
 }
 
-bool is_odd_prime(int n) {
-  if (n < 3 || n % 2 == 0) return false;
-  for (int d = 3; d * d <= n; d += 2)
-    if (n % d == 0) return false;
-  return true;
-}
+bool is_odd_prime(int n) { return n > 2 && is_prime(n); }
 
 BlockForm form_named(const TableRow& row, const std::string& name) {
   if (name == "direct") return BlockForm::Direct;

@@ -6,7 +6,7 @@
 #include <numeric>
 #include <span>
 
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 #include "generator/check.h"
 #include "generator/passes.h"
 
@@ -237,9 +237,7 @@ class Builder {
     const Ref fed = g_.add(on_lane(x[0], bins[0].lane), bins[0].ref);
     for (Point& b : bins)
       if (b.ref.node == dc) b.ref = fed;
-    const int start = g_.size();
     const Points c = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
-    g_.freeze_all_since(start);
     const int inverse_root = power_mod(root, p - 2, p);
     for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
     return y;

@@ -34,7 +34,12 @@ std::string type_name(Type type) {
 
 int Program::emit(const Inst& inst) {
   const auto [place, fresh] = known_.try_emplace(inst, static_cast<int>(insts_.size()));
-  if (fresh) insts_.push_back(inst);
+  ++step_;
+  if (fresh) {
+    insts_.push_back(inst);
+    labels_.push_back(label_);
+    if (!label_.empty()) labels_.back().push_back({"/" + std::to_string(step_)});
+  }
   return place->second;
 }
 

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <vector>
 
+#include "generator/label.h"
 #include "generator/number.h"
 
 namespace xfm {
@@ -68,6 +69,8 @@ class Program {
  public:
   // The value of an operation; equal operations are one value.
   int emit(const Inst& inst);
+  // What is emitted from now on carries this label, numbered.
+  void set_label(Label label) { label_ = std::move(label), step_ = 0; }
   int constant(Type type, std::vector<Real> lanes);
   void store(StoreKind kind, int value, int cell, int target = 0) { stores_.push_back({kind, value, cell, target}); }
 
@@ -75,9 +78,13 @@ class Program {
   const std::vector<Store>& stores() const { return stores_; }
   const std::vector<PoolEntry>& pool() const { return pool_; }
   Type type(int value) const { return insts_[value].type; }
+  const Label& label(int value) const { return labels_[value]; }
 
  private:
   std::vector<Inst> insts_;
+  std::vector<Label> labels_;
+  Label label_;
+  int step_ = 0;
   std::vector<Store> stores_;
   std::vector<PoolEntry> pool_;
   std::map<Inst, int> known_;
