@@ -8,10 +8,12 @@ function(add_choice name choice)
   set(units)
   foreach(type ${ARGN})
     set(report ${CMAKE_CURRENT_BINARY_DIR}/${name}_${type}.tsv)
-    xfm_add_unit(units ${name}_${type} DRIVER gen_dft ARGS ${tables} ${report} xfmgDFTFwd_CToC_${type}:${choice}
+    xfm_generate(unit ${name}_${type} ${XFM_BASE} DRIVER gen_dft ARGS ${tables} ${report} xfmgDFTFwd_CToC_${type}:${choice}
       DEPENDS ${tables} REPORTS ${report})
+    list(APPEND units ${unit})
   endforeach()
   add_library(xfm_${name} MODULE EXCLUDE_FROM_ALL ${units})
+  xfm_compile_as_kernels(xfm_${name} ${XFM_BASE})
   target_link_libraries(xfm_${name} PRIVATE xfm_headers)
 endfunction()
 add_choice(split_form split 32fc)

@@ -1,3 +1,5 @@
+set(XFM_LINK_OPTIONS -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now)
+
 # xfm_library(target): what both libraries have in common: shared, lib/lib<target>.so.6.1, whose soname is the file's
 # name, with the development link beside it, found by its sister in the same folder; or static, lib/lib<target>.a.
 function(xfm_library target)
@@ -11,10 +13,26 @@ function(xfm_library target)
       SOVERSION ${PROJECT_VERSION}
       BUILD_WITH_INSTALL_RPATH ON
       INSTALL_RPATH "$ORIGIN")
-    target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now)
+    target_link_options(${target} PRIVATE ${XFM_LINK_OPTIONS})
   endif()
   if(XFM_INSTALL)
     install(TARGETS ${target} EXPORT XfmTargets
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
+endfunction()
+
+# xfm_library_copy(name library target): another build of a shared library for a target, of the same file name and soname,
+# in the folder where the loader looks for it; it finds the library's sister from there.
+function(xfm_library_copy name library target)
+  set(folder glibc-hwcaps/${XFM_${target}_LEVEL})
+  set_target_properties(${name} PROPERTIES
+    OUTPUT_NAME ${library}
+    SUFFIX .so.${PROJECT_VERSION}
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib/${folder}
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN/../..")
+  target_link_options(${name} PRIVATE ${XFM_LINK_OPTIONS})
+  if(XFM_INSTALL)
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${folder})
   endif()
 endfunction()
