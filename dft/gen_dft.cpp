@@ -1,6 +1,6 @@
 // Writes one unit of complex kernels: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp
-// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:no-real-lanes no plan in
-// real lanes, for comparing them.
+// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:complex-bins no half spectra
+// between stages, for comparing them.
 #include <filesystem>
 #include <string>
 
@@ -17,13 +17,15 @@ namespace xfm {
 namespace {
 
 std::string plan_of(const ComplexRow& row) {
-  return row.text + (row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "");
+  const std::string by = row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "";
+  const char* const spectra[] = {"", " in blocks of half spectra", " in half spectra"};
+  return row.text + by + spectra[static_cast<int>(row.plan.flow)];
 }
 
 Choice choice_named(const std::string& name) {
   if (name == "split") return {.form = Form::Split};
   if (name == "interleaved") return {.form = Form::Interleaved};
-  if (name == "no-real-lanes") return {.real_lanes = false};
+  if (name == "complex-bins") return {.flow = Flow::Complex};
   throw InputError("unknown choice '" + name + "'");
 }
 

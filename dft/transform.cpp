@@ -40,7 +40,7 @@ class Builder {
   Points transform(const Points& x) {
     switch (plan_.method) {
       case ComplexPlan::Method::Linked:
-        if (placement_ == Placement::RealLane)
+        if (plan_.flow == Flow::Half)
           return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
         return linked(plan_.plan, {x}, sign_, true)[0];
       case ComplexPlan::Method::Direct:
@@ -84,8 +84,7 @@ class Builder {
   }
 
   std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
-    const bool real_lane = placement_ == Placement::RealLane || placement_ == Placement::RealLaneBlocks;
-    if (real_lane && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
+    if (plan_.flow != Flow::Complex && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 

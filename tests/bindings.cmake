@@ -24,3 +24,15 @@ if(CMAKE_Fortran_COMPILER)
   xfm_add_script_test(fortran_example bindings ten_lines_f90)
   set_tests_properties(fortran_example PROPERTIES PASS_REGULAR_EXPRESSION "bin 2:  0.0 -4\\.0i\nbin 3:  0.0 \\+0\\.0i")
 endif()
+
+if(TARGET xfm_python)
+  # xfm_python_test(name arguments...): pytest over the package of this build.
+  function(xfm_python_test name)
+    add_test(NAME ${name} COMMAND ${Python_EXECUTABLE} -m pytest -q -p no:cacheprovider ${ARGN} WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+    set_tests_properties(${name} PROPERTIES LABELS bindings ENVIRONMENT
+      "PYTHONDONTWRITEBYTECODE=1;PYTHONPATH=${PROJECT_BINARY_DIR}/python:${CMAKE_CURRENT_SOURCE_DIR}/python")
+  endfunction()
+  xfm_python_test(python_module ${CMAKE_CURRENT_SOURCE_DIR}/python/test_transforms.py)
+  # SciPy's own tests of its transforms, answered by the backend.
+  xfm_python_test(python_backend -p through_backend --pyargs scipy.fft.tests.test_numpy)
+endif()
