@@ -35,10 +35,10 @@ void compare_twins(const std::vector<BodySummary>& bodies, Findings& findings) {
 
 }  // namespace
 
-AuditResult audit(const ElfImage& image, const Expected& expected) {
+AuditResult audit(const ElfImage& image, const Expected& expected, const Target& target) {
   AuditResult result;
   const Decoder decoder;
-  const Surroundings around(image, decoder);
+  const Surroundings around(image, decoder, target);
   auto body_rules = code_rules();
   for (const auto& rule : flow_rules()) body_rules.push_back(rule);
   std::map<std::string, Unfenced> unfenced;

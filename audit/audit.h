@@ -19,6 +19,6 @@ struct AuditResult {
   std::vector<BodySummary> bodies;  // by address
 };
 
-[[nodiscard]] AuditResult audit(const ElfImage& image, const Expected& expected);
+[[nodiscard]] AuditResult audit(const ElfImage& image, const Expected& expected, const Target& target);
 
 }  // namespace xfm::audit

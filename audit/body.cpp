@@ -25,7 +25,8 @@ const char* kind_column(Kind kind) {
   switch (kind) {
     case Kind::Add:
     case Kind::Subtract:
-    case Kind::AddSubtract: return "adds";
+    case Kind::AddSubtract:
+    case Kind::Fused: return "adds";  // it stands for one, or is a finding
     case Kind::Multiply: return "muls";
     case Kind::Shuffle: return "shuffles";
     case Kind::Insert: return "inserts";

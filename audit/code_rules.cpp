@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "rules.h"
+#include "signs.h"
 
 namespace xfm::audit {
 namespace {
@@ -38,15 +39,11 @@ bool is_arithmetic(const Instruction& instruction) {
     case Kind::Subtract:
     case Kind::AddSubtract:
     case Kind::Multiply:
+    case Kind::Fused:
     case Kind::Widen:
     case Kind::Narrow: return true;
     default: return false;
   }
-}
-
-bool is_fma(const Instruction& instruction) {
-  const auto set = instruction.raw.meta.isa_set;
-  return set == ZYDIS_ISA_SET_FMA || set == ZYDIS_ISA_SET_FMA4;
 }
 
 // What every 64-bit processor has, hints to fetch a line included, plus hint codes that older ones take for no-operations.
@@ -66,33 +63,50 @@ void check_decoded(const Body& body, const Surroundings&, Findings& findings) {
     findings.push_back({"decoding", body.name, "no instruction at " + hex(end)});
 }
 
-void check_fma(const Body& body, const Surroundings&, Findings& findings) {
-  each_instruction(body, findings, "fma",
-                   [](const Instruction& instruction) { return is_fma(instruction) ? "fused multiply-add" : ""; });
-}
-
-void check_encoding(const Body& body, const Surroundings&, Findings& findings) {
-  each_instruction(body, findings, "encoding", [](const Instruction& instruction) {
-    const bool floating = is_vector_work(instruction) || instruction.raw.meta.category == ZYDIS_CATEGORY_X87_ALU;
-    return floating && !instruction.is_vex() && !is_fma(instruction) ? "not a VEX encoding" : "";
+// A fused operation rounds a product and a sum at once. Where the target has them, one with a factor of 1 or -1 in every
+// lane stands for an addition or a subtraction.
+void check_fma(const Body& body, const Surroundings& around, Findings& findings) {
+  if (!around.target().admits("FMA")) {
+    each_instruction(body, findings, "fma",
+                     [](const Instruction& instruction) { return is_fused(instruction) ? "fused multiply-add" : ""; });
+    return;
+  }
+  const auto wrong = fused_products(body, around.image());
+  each_instruction(body, findings, "fma", [&](const Instruction& instruction) {
+    return wrong[&instruction - body.code.data()] ? "fused multiply-add without a factor of all 1 or -1" : "";
   });
 }
 
-void check_generation(const Body& body, const Surroundings&, Findings& findings) {
-  each_instruction(body, findings, "generation", [](const Instruction& instruction) -> std::string {
+// Prefixes of the processors that the target is for: VEX, and EVEX where there are 512-bit registers.
+bool has_encoding(const Instruction& instruction, const Target& target) {
+  return instruction.is_vex() || (instruction.is_evex() && target.widest == 512);
+}
+
+void check_encoding(const Body& body, const Surroundings& around, Findings& findings) {
+  each_instruction(body, findings, "encoding", [&](const Instruction& instruction) -> std::string {
+    const bool floating = is_vector_work(instruction) || instruction.raw.meta.category == ZYDIS_CATEGORY_X87_ALU;
+    if (!floating || has_encoding(instruction, around.target()) || is_fused(instruction)) return "";
+    return around.target().widest == 512 ? "neither a VEX nor an EVEX encoding" : "not a VEX encoding";
+  });
+}
+
+void check_generation(const Body& body, const Surroundings& around, Findings& findings) {
+  const auto& target = around.target();
+  each_instruction(body, findings, "generation", [&](const Instruction& instruction) -> std::string {
     const auto set = instruction.raw.meta.isa_set;
-    const bool other_rule = is_fma(instruction) || (is_vector_work(instruction) && !instruction.is_vex());
-    if (set == ZYDIS_ISA_SET_AVX || is_base_set(set) || other_rule) return "";
+    const bool other_rule = (is_fused(instruction) && !target.admits("FMA")) ||
+                            (is_vector_work(instruction) && !has_encoding(instruction, target));
+    if (target.admits(ZydisISASetGetString(set)) || is_base_set(set) || other_rule) return "";
     return std::string("this form belongs to ") + ZydisISASetGetString(set);
   });
 }
 
-void check_operation(const Body& body, const Surroundings&, Findings& findings) {
+void check_operation(const Body& body, const Surroundings& around, Findings& findings) {
   if (!body.promise) return;
-  each_instruction(body, findings, "operation", [](const Instruction& instruction) {
+  each_instruction(body, findings, "operation", [&](const Instruction& instruction) {
     const auto set = instruction.raw.meta.isa_set;
-    const bool first_generation = instruction.is_vex() && set == ZYDIS_ISA_SET_AVX;
-    const bool other = (instruction.operation.kind == Kind::Other && first_generation) || set == ZYDIS_ISA_SET_SSE_PREFETCH;
+    const bool admitted = has_encoding(instruction, around.target()) && around.target().admits(ZydisISASetGetString(set));
+    const bool other = (instruction.operation.kind == Kind::Other && admitted) || set == ZYDIS_ISA_SET_SSE_PREFETCH;
     return other ? "not among a kernel's operations" : "";
   });
 }
@@ -116,8 +130,8 @@ std::string width_fault(const Instruction& instruction, Form form) {
   return bits < widest ? "narrower than the working form" : "";
 }
 
-void check_width(const Body& body, const Surroundings&, Findings& findings) {
-  if (!body.promise) return;
+void check_width(const Body& body, const Surroundings& around, Findings& findings) {
+  if (!body.promise || !around.target().is_base) return;  // other copies fill what registers they have
   const auto form = body.promise->form;
   each_instruction(body, findings, "width",
                    [form](const Instruction& instruction) { return width_fault(instruction, form); });
@@ -149,10 +163,11 @@ void check_precision(const Body& body, const Surroundings&, Findings& findings) 
 
 // The stages of the DCT-IV hold whole independent transforms in the lanes: 256-bit arithmetic in one precision, no move
 // across the halves of a register, and in the combine stage (env8) no move between lanes at all.
-std::string stage_fault(const Instruction& instruction, bool is_double, bool is_combine) {
+std::string stage_fault(const Instruction& instruction, bool is_double, bool is_combine, int widest) {
   const auto& operation = instruction.operation;
   if (is_arithmetic(instruction)) {
-    if (operation.scalar || instruction.vector_bits() != 256) return "not 256-bit arithmetic";
+    const bool fills = instruction.vector_bits() == 256 || instruction.vector_bits() == widest;
+    if (operation.scalar || !fills) return "not 256-bit arithmetic";
     if (operation.lanes != (is_double ? Lanes::Double : Lanes::Single)) return "not in the stage's precision";
   }
   if (instruction.mnemonic() == ZYDIS_MNEMONIC_VPERM2F128) return "crosses the halves of a register";
@@ -162,7 +177,7 @@ std::string stage_fault(const Instruction& instruction, bool is_double, bool is_
   return operation.kind == Kind::Other ? "not among a stage's operations" : "";
 }
 
-void check_stages(const Body& body, const Surroundings&, Findings& findings) {
+void check_stages(const Body& body, const Surroundings& around, Findings& findings) {
   constexpr std::string_view kPrefix = "owngDCT4_", kStages[] = {"env4", "env5", "env8", "env9", "env9_direct"};
   const std::string_view name = body.name;
   const auto stage =
@@ -170,7 +185,7 @@ void check_stages(const Body& body, const Surroundings&, Findings& findings) {
   if (!name.starts_with(kPrefix) || stage == std::end(kStages)) return;
   const bool is_double = name.substr(kPrefix.size()).starts_with("64f");
   each_instruction(body, findings, "stages", [&](const Instruction& instruction) {
-    return stage_fault(instruction, is_double, *stage == "env8");
+    return stage_fault(instruction, is_double, *stage == "env8", around.target().widest);
   });
 }
 

@@ -76,7 +76,7 @@ void check_prologue(const Body& body, const Surroundings&, Findings& findings) {
   for (std::size_t i = 0; i < body.code.size(); ++i) {
     const auto kind = body.code[i].operation.kind;
     const bool works = kind != Kind::Integer && kind != Kind::Move && kind != Kind::Broadcast && kind != Kind::Logic &&
-                       kind != Kind::ZeroUpper;
+                       kind != Kind::ZeroUpper && kind != Kind::Mask;
     if (works && body.trace.reached[i] && !in_line[i] && !body.lines.empty())
       report.at(i, "work outside the straight line");
   }

@@ -17,6 +17,10 @@ struct Row {
       {ZYDIS_MNEMONIC_V##op##PD, {Kind::kind, Lanes::Double, false, false}},        \
       {ZYDIS_MNEMONIC_V##op##SS, {Kind::kind, Lanes::Single, true, false}},         \
       {ZYDIS_MNEMONIC_V##op##SD, {Kind::kind, Lanes::Double, true, false}}
+#define FUSED(op) ARITHMETIC(op##132, Fused), ARITHMETIC(op##213, Fused), ARITHMETIC(op##231, Fused)
+#define FUSED_PACKED(op)                                                            \
+  {ZYDIS_MNEMONIC_V##op##PS, {Kind::Fused, Lanes::Single, false, false}},           \
+      {ZYDIS_MNEMONIC_V##op##PD, {Kind::Fused, Lanes::Double, false, false}}
 #define PLAIN(op, kind) {ZYDIS_MNEMONIC_##op, {Kind::kind, Lanes::None, false, false}}
 #define ALIGNED(op) {ZYDIS_MNEMONIC_##op, {Kind::Move, Lanes::None, false, true}}
 
@@ -25,6 +29,9 @@ constexpr Row kOperations[] = {
     ARITHMETIC(ADD, Add),
     ARITHMETIC(SUB, Subtract),
     ARITHMETIC(MUL, Multiply),
+    FUSED(FMADD), FUSED(FMSUB), FUSED(FNMADD), FUSED(FNMSUB),
+    FUSED_PACKED(FMADDSUB132), FUSED_PACKED(FMADDSUB213), FUSED_PACKED(FMADDSUB231),
+    FUSED_PACKED(FMSUBADD132), FUSED_PACKED(FMSUBADD213), FUSED_PACKED(FMSUBADD231),
     {ZYDIS_MNEMONIC_VADDSUBPS, {Kind::AddSubtract, Lanes::Single, false, false}},
     {ZYDIS_MNEMONIC_VADDSUBPD, {Kind::AddSubtract, Lanes::Double, false, false}},
     {ZYDIS_MNEMONIC_VCVTSS2SD, {Kind::Widen, Lanes::None, true, false}},
@@ -36,18 +43,34 @@ constexpr Row kOperations[] = {
     PLAIN(VPERM2F128, Shuffle), PLAIN(VMOVHLPS, Shuffle), PLAIN(VMOVLHPS, Shuffle), PLAIN(VMOVDDUP, Shuffle),
     PLAIN(VMOVSHDUP, Shuffle), PLAIN(VMOVSLDUP, Shuffle), PLAIN(VINSERTF128, Shuffle), PLAIN(VEXTRACTF128, Shuffle),
     PLAIN(VINSERTPS, Shuffle), PLAIN(VEXTRACTPS, Shuffle), PLAIN(VPSRLDQ, Shuffle), PLAIN(VPSLLDQ, Shuffle),
+    PLAIN(VPERMPS, Shuffle), PLAIN(VPERMPD, Shuffle), PLAIN(VPERMT2PS, Shuffle), PLAIN(VPERMT2PD, Shuffle),
+    PLAIN(VPERMI2PS, Shuffle), PLAIN(VPERMI2PD, Shuffle), PLAIN(VSHUFF32X4, Shuffle), PLAIN(VSHUFF64X2, Shuffle),
+    PLAIN(VSHUFI32X4, Shuffle), PLAIN(VSHUFI64X2, Shuffle), PLAIN(VALIGND, Shuffle), PLAIN(VALIGNQ, Shuffle),
+    PLAIN(VPSHUFD, Shuffle), PLAIN(VPERMQ, Shuffle), PLAIN(VPERMD, Shuffle), PLAIN(VPALIGNR, Shuffle),
+    PLAIN(VINSERTF32X4, Shuffle), PLAIN(VINSERTF32X8, Shuffle), PLAIN(VINSERTF64X2, Shuffle), PLAIN(VINSERTF64X4, Shuffle),
+    PLAIN(VINSERTI128, Shuffle), PLAIN(VEXTRACTI128, Shuffle), PLAIN(VPUNPCKLQDQ, Shuffle), PLAIN(VPUNPCKHQDQ, Shuffle),
+    PLAIN(VEXTRACTF32X4, Shuffle), PLAIN(VEXTRACTF32X8, Shuffle), PLAIN(VEXTRACTF64X2, Shuffle), PLAIN(VEXTRACTF64X4, Shuffle),
     PLAIN(VMOVLPS, Insert), PLAIN(VMOVHPS, Insert), PLAIN(VMOVLPD, Insert), PLAIN(VMOVHPD, Insert),
     PLAIN(VBROADCASTSS, Broadcast), PLAIN(VBROADCASTSD, Broadcast), PLAIN(VBROADCASTF128, Broadcast),
+    PLAIN(VBROADCASTF32X2, Broadcast), PLAIN(VBROADCASTF32X4, Broadcast), PLAIN(VBROADCASTF32X8, Broadcast),
+    PLAIN(VBROADCASTF64X2, Broadcast), PLAIN(VBROADCASTF64X4, Broadcast), PLAIN(VPBROADCASTD, Broadcast),
+    PLAIN(VPBROADCASTQ, Broadcast), PLAIN(VBROADCASTI128, Broadcast),
+    PLAIN(VBLENDMPS, Blend), PLAIN(VBLENDMPD, Blend), PLAIN(VPBLENDD, Blend),
     PLAIN(VBLENDPS, Blend), PLAIN(VBLENDPD, Blend), PLAIN(VBLENDVPS, Blend), PLAIN(VBLENDVPD, Blend),
     PLAIN(VXORPS, Logic), PLAIN(VXORPD, Logic), PLAIN(VPXOR, Logic), PLAIN(VANDPS, Logic), PLAIN(VANDPD, Logic),
+    PLAIN(VPXORD, Logic), PLAIN(VPXORQ, Logic), PLAIN(VPTERNLOGD, Logic), PLAIN(VPTERNLOGQ, Logic),
     PLAIN(VANDNPS, Logic), PLAIN(VANDNPD, Logic), PLAIN(VORPS, Logic), PLAIN(VORPD, Logic),
     PLAIN(VMOVUPS, Move), PLAIN(VMOVUPD, Move), PLAIN(VMOVDQU, Move), PLAIN(VLDDQU, Move),
+    PLAIN(VMOVDQU32, Move), PLAIN(VMOVDQU64, Move), PLAIN(VMASKMOVPS, Move), PLAIN(VMASKMOVPD, Move),
+    PLAIN(KMOVB, Mask), PLAIN(KMOVW, Mask), PLAIN(KMOVD, Mask), PLAIN(KMOVQ, Mask), PLAIN(KXNORB, Mask), PLAIN(KXNORW, Mask),
     PLAIN(VMOVSS, Move), PLAIN(VMOVSD, Move), PLAIN(VMOVD, Move), PLAIN(VMOVQ, Move),
-    ALIGNED(VMOVAPS), ALIGNED(VMOVAPD), ALIGNED(VMOVDQA), ALIGNED(VMOVNTPS), ALIGNED(VMOVNTPD),
+    ALIGNED(VMOVAPS), ALIGNED(VMOVAPD), ALIGNED(VMOVDQA), ALIGNED(VMOVDQA32), ALIGNED(VMOVDQA64), ALIGNED(VMOVNTPS), ALIGNED(VMOVNTPD),
     PLAIN(VZEROUPPER, ZeroUpper),
 };
 
 #undef ARITHMETIC
+#undef FUSED
+#undef FUSED_PACKED
 #undef PLAIN
 #undef ALIGNED
 
@@ -68,6 +91,7 @@ const std::array<Entry, ZYDIS_MNEMONIC_MAX_VALUE + 1>& operation_table() {
 // The same mnemonic does different work with and without a memory operand.
 Operation by_operand_form(Operation operation, const Instruction& instruction) {
   const bool touches_memory = instruction.memory() != nullptr;
+  if (operation.kind == Kind::Move && instruction.is_masked() && !touches_memory) operation.kind = Kind::Blend;
   switch (instruction.mnemonic()) {
     case ZYDIS_MNEMONIC_VMOVSS:
     case ZYDIS_MNEMONIC_VMOVSD:
@@ -76,6 +100,14 @@ Operation by_operand_form(Operation operation, const Instruction& instruction) {
         operation.kind = Kind::Blend;
       break;
     case ZYDIS_MNEMONIC_VINSERTF128:
+    case ZYDIS_MNEMONIC_VINSERTF32X4:
+    case ZYDIS_MNEMONIC_VINSERTF32X8:
+    case ZYDIS_MNEMONIC_VINSERTF64X2:
+    case ZYDIS_MNEMONIC_VINSERTF64X4:
+    case ZYDIS_MNEMONIC_VEXTRACTF32X4:
+    case ZYDIS_MNEMONIC_VEXTRACTF32X8:
+    case ZYDIS_MNEMONIC_VEXTRACTF64X2:
+    case ZYDIS_MNEMONIC_VEXTRACTF64X4:
     case ZYDIS_MNEMONIC_VEXTRACTF128:
     case ZYDIS_MNEMONIC_VINSERTPS:
     case ZYDIS_MNEMONIC_VEXTRACTPS:
@@ -87,6 +119,9 @@ Operation by_operand_form(Operation operation, const Instruction& instruction) {
     case ZYDIS_MNEMONIC_VBROADCASTSS:
     case ZYDIS_MNEMONIC_VBROADCASTSD:
     case ZYDIS_MNEMONIC_VBROADCASTF128:
+    case ZYDIS_MNEMONIC_VBROADCASTF32X2:
+    case ZYDIS_MNEMONIC_VPBROADCASTD:
+    case ZYDIS_MNEMONIC_VPBROADCASTQ:
       if (!touches_memory) operation.kind = Kind::Shuffle;
       break;
     default: break;
@@ -147,6 +182,15 @@ std::optional<int> general_register(ZydisRegister reg) {
   const auto full = ZydisRegisterGetLargestEnclosing(ZYDIS_MACHINE_MODE_LONG_64, reg);
   if (full < ZYDIS_REGISTER_RAX || full > ZYDIS_REGISTER_R15) return std::nullopt;
   return full - ZYDIS_REGISTER_RAX;
+}
+
+std::optional<int> mask_register(ZydisRegister reg) {
+  if (ZydisRegisterGetClass(reg) != ZYDIS_REGCLASS_MASK) return std::nullopt;
+  return ZydisRegisterGetId(reg);
+}
+
+bool Instruction::is_masked() const {
+  return raw.avx.mask.mode != ZYDIS_MASK_MODE_INVALID && raw.avx.mask.mode != ZYDIS_MASK_MODE_DISABLED;
 }
 
 bool Instruction::is_padding() const {

@@ -18,6 +18,7 @@ enum class Kind {
   Subtract,
   AddSubtract,
   Multiply,
+  Fused,    // a product and a sum with one rounding
   Shuffle,    // moves values between lanes, from registers or a full-width memory operand
   Insert,     // a half or an element from or to memory
   Broadcast,  // one element or one half from memory to all lanes
@@ -26,6 +27,7 @@ enum class Kind {
   Widen,   // single to double
   Narrow,  // double to single
   Move,    // loads, stores and copies
+  Mask,    // moves of mask registers
   ZeroUpper,
   Other,  // a vector instruction that no kernel has a use for
 };
@@ -55,6 +57,8 @@ class Instruction {
   [[nodiscard]] std::span<const ZydisDecodedOperand> visible() const { return {operands, raw.operand_count_visible}; }
   [[nodiscard]] int vector_bits() const { return vector_bits_; }  // widest vector register named, 0 if none
   [[nodiscard]] bool is_vex() const { return raw.encoding == ZYDIS_INSTRUCTION_ENCODING_VEX; }
+  [[nodiscard]] bool is_evex() const { return raw.encoding == ZYDIS_INSTRUCTION_ENCODING_EVEX; }
+  [[nodiscard]] bool is_masked() const;  // works on the lanes only that a mask register names
   [[nodiscard]] bool is_padding() const;
   [[nodiscard]] const ZydisDecodedOperand* memory() const;  // the one operand that touches memory, if any
   [[nodiscard]] std::string name() const { return ZydisMnemonicGetString(raw.mnemonic); }
@@ -77,6 +81,8 @@ class Decoder {
 
 // General-purpose registers as 0..15; nothing for others. Narrow forms map to their full register.
 [[nodiscard]] std::optional<int> general_register(ZydisRegister reg);
+// Mask registers as 0..7; nothing for others.
+[[nodiscard]] std::optional<int> mask_register(ZydisRegister reg);
 [[nodiscard]] bool is_vector_register(ZydisRegister reg);
 
 }  // namespace xfm::audit

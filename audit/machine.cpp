@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <stdexcept>
+#include <vector>
 
 namespace xfm::audit {
 namespace {
@@ -14,6 +15,7 @@ constexpr int kCallerSaved[] = {0, 1, 2, 6, 7, 8, 9, 10, 11};
 State join(const State& a, const State& b) {
   State out;
   for (std::size_t r = 0; r < out.registers.size(); ++r) out.registers[r] = joined(a.registers[r], b.registers[r]);
+  for (std::size_t k = 0; k < out.masks.size(); ++k) out.masks[k] = joined(a.masks[k], b.masks[k]);
   for (const auto& [slot, value] : a.slots) {
     const auto other = b.slots.find(slot);
     if (other == b.slots.end()) continue;
@@ -226,27 +228,50 @@ class Machine {
     }
   }
 
+  // The parts of an operand in memory that are touched, as (offset, bytes): all of it, or the lanes that a mask names.
+  static std::vector<std::pair<int, int>> touched_parts(const State& state, const Instruction& instruction,
+                                                        const ZydisDecodedOperand& operand) {
+    const int bytes = operand.size / 8, lane = operand.element_size / 8;
+    const auto mask = mask_register(instruction.raw.avx.mask.reg);
+    if (!instruction.is_masked() || !mask || lane == 0 || bytes <= lane) return {{0, bytes}};
+    const auto& value = state.masks[*mask];
+    if (!is_number(value) || !value.exact) return {{0, bytes}};
+    std::vector<std::pair<int, int>> parts;
+    for (int l = 0; l * lane < bytes; ++l) {
+      if (!(value.offset >> l & 1)) continue;
+      if (!parts.empty() && parts.back().first + parts.back().second == l * lane) parts.back().second += lane;
+      else parts.emplace_back(l * lane, lane);
+    }
+    return parts;
+  }
+
   void touch_memory(State& state, std::size_t index) {
     const auto& instruction = code_[index];
     for (const auto& operand : instruction.all()) {
       if (operand.type != ZYDIS_OPERAND_TYPE_MEMORY || !moves_data(instruction, operand)) continue;
       const auto address = address_of(state, operand, instruction);
-      Access access{.instruction = index,
-                    .region = is_address(address) ? address.region : Region::None,
-                    .exact = is_address(address) && address.exact,
-                    .offset = address.offset,
-                    .bytes = operand.size / 8,
-                    .reads = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_READ) != 0,
-                    .writes = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE) != 0,
-                    .after_store = state.stored,
-                    .proven_alignment = proven_alignment(state, address)};
-      if (recording_) trace_.accesses.push_back(access);
-      note_depth(address);
-      if (access.writes) forget_overlap(state, address, access.bytes);
-      if (access.region != Region::Src && access.region != Region::Dst) continue;
-      state.path.touched = true;
-      if (access.writes) state.stored = true;
+      for (const auto& [offset, bytes] : touched_parts(state, instruction, operand)) {
+        touch(state, {.instruction = index,
+                      .bytes = bytes,
+                      .reads = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_READ) != 0,
+                      .writes = (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE) != 0},
+              shifted(address, offset));
+      }
     }
+  }
+
+  void touch(State& state, Access access, const Value& address) {
+    access.region = is_address(address) ? address.region : Region::None;
+    access.exact = is_address(address) && address.exact;
+    access.offset = address.offset;
+    access.after_store = state.stored;
+    access.proven_alignment = proven_alignment(state, address);
+    if (recording_) trace_.accesses.push_back(access);
+    note_depth(address);
+    if (access.writes) forget_overlap(state, address, access.bytes);
+    if (access.region != Region::Src && access.region != Region::Dst) return;
+    state.path.touched = true;
+    if (access.writes) state.stored = true;
   }
 
   void set_register(State& state, const ZydisDecodedOperand& operand, const Value& value) {
@@ -433,12 +458,29 @@ class Machine {
       if (is_register(operand) && (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE)) set_register(state, operand, {});
   }
 
+  // The registers above the first sixteen have no part in what vzeroupper is for.
+  static bool has_upper_half(ZydisRegister reg) {
+    const auto kind = ZydisRegisterGetClass(reg);
+    return (kind == ZYDIS_REGCLASS_YMM || kind == ZYDIS_REGCLASS_ZMM) && ZydisRegisterGetId(reg) < 16;
+  }
+
+  void mask_effects(State& state, const Instruction& instruction) {
+    const auto& first = instruction.operands[0];
+    if (first.type != ZYDIS_OPERAND_TYPE_REGISTER || !(first.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE)) return;
+    const auto mask = mask_register(first.reg.value);
+    if (!mask) return;
+    const auto& second = instruction.operands[1];
+    const bool moves = instruction.operation.kind == Kind::Mask && instruction.raw.operand_count_visible == 2;
+    const auto index = moves && is_register(second) ? general_register(second.reg.value) : std::nullopt;
+    state.masks[*mask] = index ? state.registers[*index] : Value{};
+  }
+
   void vector_effects(State& state, const Instruction& instruction) {
     const auto mnemonic = instruction.mnemonic();
     if (mnemonic == ZYDIS_MNEMONIC_VZEROUPPER || mnemonic == ZYDIS_MNEMONIC_VZEROALL) state.upper_dirty = false;
     for (const auto& operand : instruction.visible()) {
       const bool written = is_register(operand) && (operand.actions & ZYDIS_OPERAND_ACTION_MASK_WRITE);
-      if (written && ZydisRegisterGetClass(operand.reg.value) == ZYDIS_REGCLASS_YMM) state.upper_dirty = true;
+      if (written && has_upper_half(operand.reg.value)) state.upper_dirty = true;
     }
     if (instruction.transfer == Transfer::Call) state.upper_dirty = false;
   }
@@ -455,6 +497,7 @@ class Machine {
     touch_memory(state, index);
     integer_effects(state, instruction);
     vector_effects(state, instruction);
+    mask_effects(state, instruction);
     flag_effects(state, instruction, test);
     const auto& top = state.registers[kRsp];
     if (!is_stack(top.region) || !top.exact) trace_.stack_lost = true;

@@ -40,6 +40,7 @@ struct Path {
 
 struct State {
   std::array<Value, 16> registers{};
+  std::array<Value, 8> masks{};
   std::map<StackSlot, Value> slots;  // only slots that hold something worth knowing
   ZeroTest test;
   int src_alignment = 1;  // proven by the gate

@@ -13,18 +13,18 @@ namespace {
 using namespace xfm::audit;
 
 constexpr const char* kUsage =
-    "usage: xfm_audit check LIBRARY --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
+    "usage: xfm_audit check LIBRARY --target FILE:NAME --soname NAME --exports FILE [--needed NAME]... [--import NAME]...\n"
     "                 [--counts FILE]... [--report FILE]\n"
-    "       xfm_audit report LIBRARY --report FILE [--joined FILE --join GENERATOR_REPORT...]\n"
+    "       xfm_audit report LIBRARY --target FILE:NAME --report FILE [--joined FILE --join GENERATOR_REPORT...]\n"
     "A report holds a row for every body; joined, the generator's rows with the counts of the machine code.\n";
 
 struct Options {
-  std::string command, library, exports, report, joined;
+  std::string command, library, target, exports, report, joined;
   std::vector<std::string> counts, to_join;
   Expected expected;
 
   [[nodiscard]] bool complete() const {
-    if (joined.empty() != to_join.empty()) return false;
+    if (joined.empty() != to_join.empty() || target.empty()) return false;
     if (command == "report") return !report.empty();
     return command == "check" && !expected.soname.empty() && !exports.empty();
   }
@@ -34,6 +34,7 @@ std::optional<Options> parse(int argc, char** argv) {
   if (argc < 3) return std::nullopt;
   Options options{.command = argv[1],
                   .library = argv[2],
+                  .target = {},
                   .exports = {},
                   .report = {},
                   .joined = {},
@@ -42,7 +43,8 @@ std::optional<Options> parse(int argc, char** argv) {
                   .expected = {}};
   for (int i = 3; i + 1 < argc; i += 2) {
     const std::string name = argv[i], value = argv[i + 1];
-    if (name == "--soname") options.expected.soname = value;
+    if (name == "--target") options.target = value;
+    else if (name == "--soname") options.expected.soname = value;
     else if (name == "--exports") options.exports = value;
     else if (name == "--needed") options.expected.needed.insert(value);
     else if (name == "--import") options.expected.imports.insert(value);
@@ -54,6 +56,12 @@ std::optional<Options> parse(int argc, char** argv) {
   }
   if (argc % 2 == 0 || !options.complete()) return std::nullopt;
   return options;
+}
+
+Target target_of(const std::string& row) {
+  const auto colon = row.rfind(':');
+  if (colon == std::string::npos) throw BadTable("--target takes a table and a name, FILE:NAME");
+  return read_target(row.substr(0, colon), row.substr(colon + 1));
 }
 
 // The first column of a table, below its header.
@@ -98,7 +106,7 @@ int run(Options options) {
   std::vector<CountTable> tables;
   if (judged) options.expected.exports = read_names(options.exports);
   for (const auto& path : options.counts) tables.push_back(read_count_table(path));
-  auto result = audit(ElfImage(options.library), options.expected);
+  auto result = audit(ElfImage(options.library), options.expected, target_of(options.target));
   compare_counts(tables, result.bodies, result.findings);
   if (!options.report.empty()) save(options.report, [&](std::ostream& out) { write_bodies(out, result.bodies); });
   if (!options.joined.empty())

@@ -12,7 +12,8 @@ std::string hex(std::uint64_t address) {
   return "0x" + out;
 }
 
-Surroundings::Surroundings(const ElfImage& image, const Decoder& decoder) : image_(image), decoder_(decoder) {
+Surroundings::Surroundings(const ElfImage& image, const Decoder& decoder, const Target& target)
+    : image_(image), decoder_(decoder), target_(target) {
   for (const auto& symbol : image.symbols()) {
     if (!symbol.is_defined_function()) continue;
     const auto [place, fresh] = functions_.try_emplace(symbol.address, symbol);
