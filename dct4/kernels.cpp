@@ -3,6 +3,7 @@
 #include "dct4/column_order.h"
 #include "dct4/flows.h"
 #include "generator/check.h"
+#include "generator/schedule.h"
 #include "generator/text.h"
 
 namespace xfm {
@@ -189,7 +190,7 @@ std::string kernel_text(const StageKernel& k, bool single) {
     text += pool_text(k.net.program(), names.pool.substr(9), single, {}, 1);
   text += "XFM_INLINE void " + name + "(" + k.parameters + ") {\n";
   for (const std::string& line : k.prelude) text += "  " + line + "\n";
-  for (const std::string& line : body_text(k.net.program(), names)) text += "  " + line + "\n";
+  for (const std::string& line : body_text(scheduled(k.net.program()), names)) text += "  " + line + "\n";
   return text + "}\n\n";
 }
 

@@ -9,6 +9,7 @@
 #include "generator/core.h"
 #include "generator/functions.h"
 #include "generator/program.h"
+#include "generator/schedule.h"
 #include "generator/table.h"
 #include "generator/text.h"
 
@@ -56,18 +57,11 @@ void generate(int argc, char** argv) {
     const int precision = f->type == "32fc" ? 32 : 64;
     const ComplexRow& row = tables.row(precision, f->size);
     const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, choice);
-    Kernel kernel;
-    kernel.symbol = f->name;
-    kernel.element = "Xfm" + f->type;
-    kernel.single = precision == 32;
-    kernel.gate = f->gate;
-    kernel.length = f->size;
-    kernel.scale_by_1 = f->scale == ScaleRule::Inverse ? 0 : 2;
-    kernel.scale_by_2 = f->scale == ScaleRule::Forward ? 0 : 2;
+    Kernel kernel = Kernel::of(*f);
     kernel.scale_lanes = body.type == Type::F64x2 ? 2 : 1;
     kernel.note = plan_of(row) + "; " + describe(body) + "; " + std::to_string(body.counts.additions) + " additions, " +
                   std::to_string(body.counts.multiplications) + " multiplications";
-    kernel.program = body.program;
+    kernel.body = scheduled(body.program);
     text += kernel_text(kernel);
     report += report_line(*f, row, body);
   }

@@ -117,6 +117,13 @@ class Program {
   std::map<std::pair<int, std::vector<__int128>>, int> pooled_;
 };
 
+// A program with an order of its operations: each stands behind its operands. Stores are not among them; each follows its
+// value, and where the body must load before it stores, the last load.
+struct Body {
+  Program program;
+  std::vector<int> order;
+};
+
 bool is_load(Op op);
 // Operations that are written where they are used instead of being held by name.
 inline bool is_leaf(Op op) { return op == Op::Constant || op == Op::Scale || op == Op::Zero; }

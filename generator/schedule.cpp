@@ -185,4 +185,9 @@ std::vector<int> schedule(const Program& program, int registers) {
   return best;
 }
 
+Body scheduled(Program program, int registers) {
+  std::vector<int> order = schedule(program, registers);
+  return {std::move(program), std::move(order)};
+}
+
 }  // namespace xfm

@@ -13,7 +13,7 @@
 
 namespace xfm {
 
-// The operations in order; stores are not among them (each follows its value, but not before the last load).
 std::vector<int> schedule(const Program& program, int registers = kRegisters);
+Body scheduled(Program program, int registers = kRegisters);
 
 }  // namespace xfm

@@ -6,7 +6,6 @@
 #include <map>
 
 #include "generator/check.h"
-#include "generator/schedule.h"
 
 namespace xfm {
 
@@ -23,22 +22,21 @@ std::string pool_member(Type t) { return (single_precision(t) ? "f" : "d") + std
 
 class BodyWriter {
  public:
-  BodyWriter(const Program& p, const BodyNames& names) : p_(p), names_(names) {}
+  BodyWriter(const Body& body, const BodyNames& names) : p_(body.program), order_(body.order), names_(names) {}
 
-  std::vector<std::string> lines() {
-    const std::vector<int> order = schedule(p_);
+  Statements lines() {
     size_t last_load = 0;
-    for (size_t k = 0; k < order.size() && names_.loads_first; ++k)
-      if (is_load(p_.insts()[order[k]].op)) last_load = k;
+    for (size_t k = 0; k < order_.size() && names_.loads_first; ++k)
+      if (is_load(p_.insts()[order_[k]].op)) last_load = k;
     std::vector<std::vector<const Store*>> stores(p_.insts().size());
     for (const Store& s : p_.stores()) stores[s.value].push_back(&s);
 
     declare_scale();
-    for (size_t k = 0; k < order.size(); ++k) {
-      const int v = order[k];
+    for (size_t k = 0; k < order_.size(); ++k) {
+      const int v = order_[k];
       out_.push_back("const " + type_name(p_.type(v)) + " v" + std::to_string(v) + " = " + expression(p_.insts()[v]) + ";");
       if (k == last_load)
-        for (size_t j = 0; j <= k; ++j) write_stores(stores[order[j]]);
+        for (size_t j = 0; j <= k; ++j) write_stores(stores[order_[j]]);
       else if (k > last_load)
         write_stores(stores[v]);
     }
@@ -271,9 +269,10 @@ class BodyWriter {
   }
 
   const Program& p_;
+  const std::vector<int>& order_;
   const BodyNames& names_;
   std::map<Type, std::string> scales_;
-  std::vector<std::string> out_;
+  Statements out_;
 };
 
 std::string row_text(const std::vector<Real>& lanes, bool single) {
@@ -286,8 +285,8 @@ std::string row_text(const std::vector<Real>& lanes, bool single) {
 
 }  // namespace
 
-std::vector<std::string> body_text(const Program& program, const BodyNames& names) {
-  return BodyWriter(program, names).lines();
+Statements body_text(const Body& body, const BodyNames& names) {
+  return BodyWriter(body, names).lines();
 }
 
 std::string pool_text(const Program& program, const std::string& name, bool single, const std::vector<Real>& scales,

@@ -5,9 +5,10 @@
 #include <array>
 #include <iosfwd>
 #include <string>
+#include <variant>
 #include <vector>
 
-#include "generator/gate.h"
+#include "generator/functions.h"
 #include "generator/machine.h"
 
 namespace xfm {
@@ -23,24 +24,26 @@ struct BodyNames {
   int scale_lanes = 2;          // equal elements behind it
 };
 
-// Statements of a program in scheduled order.
-std::vector<std::string> body_text(const Program& program, const BodyNames& names);
+using Statements = std::vector<std::string>;
+Statements body_text(const Body& body, const BodyNames& names);
 // The definition of a program's pool, with three scales of `scale_lanes` equal elements in front when there are any.
 std::string pool_text(const Program& program, const std::string& name, bool single, const std::vector<Real>& scales,
                       int scale_lanes);
 
+// A fixed-size kernel as its row in the list of functions has it, with what it runs.
 struct Kernel {
   std::string symbol;   // exported name; its twin and pool are named after it
   std::string element;  // of src and dst, as the public header names it
   bool single = true;   // precision of a component
   Gate gate = Gate::Plain;
-  int length = 0;
-  int scale_by_1 = 0, scale_by_2 = 0;  // which of 1, 1/sqrt(N), 1/N the flags 1 and 2 select
-  int scale_lanes = 1;
-  std::string note;  // plan and counts, for the reader of the unit
-  Program program;
-  std::vector<std::string> statements = {};  // of a body that is more than one program: over x, y, scale and the buffer
+  int length = 0;       // N of the scales 1/N and 1/sqrt(N)
+  ScaleRule scale = ScaleRule::Forward;
   bool work_buffer = false;  // takes a fourth argument, void* buffer
+  int scale_lanes = 1;       // equal elements of a scale in the pool
+  std::string note;          // plan and counts, for the reader of the unit
+  std::variant<Body, Statements> body;  // statements where it is more than one program: over x, y, scale and the buffer
+
+  static Kernel of(const Function& function);
 };
 
 // One fixed-size kernel: pool, body, twin where its gate has one, and the exported function with its prologue.

@@ -16,13 +16,13 @@ std::string null_test() { return "  if (src == nullptr || dst == nullptr) return
 // Flags are compared in the order 8, 4, 1, 2; each picks a scale and nothing else, so that one body serves them all. It
 // stands in the way of the first, for taken jumps are much of the time of the smallest kernels.
 std::string select(const Kernel& k) {
-  const auto pick = [](int scale) { return scale ? "scale += " + std::to_string(scale) + ";" : std::string("{}"); };
+  const std::string root = "scale += 1;", by_n = "scale += 2;", one = "{}";  // places in the pool
   return "  const auto* scale = owngPool_" + base_name(k.symbol) +
          ".scale;\n"
          "  if (__builtin_expect(flag != xfmScaleNone, 0)) {\n"
-         "    if (flag == xfmScaleBySqrtN) " + pick(1) +
-         "\n    else if (flag == xfmScaleFwdByN) " + pick(k.scale_by_1) +
-         "\n    else if (flag == xfmScaleInvByN) " + pick(k.scale_by_2) +
+         "    if (flag == xfmScaleBySqrtN) " + root +
+         "\n    else if (flag == xfmScaleFwdByN) " + (k.scale == ScaleRule::Inverse ? one : by_n) +
+         "\n    else if (flag == xfmScaleInvByN) " + (k.scale == ScaleRule::Forward ? one : by_n) +
          "\n    else return xfmStatusFlagError;\n  }\n"
          "  asm volatile(\"\" : \"+r\"(scale));\n";
 }
@@ -46,7 +46,8 @@ std::string body_function(const Kernel& k) {
                      k.element + "* dst, const " + row + buffer_parameter(k) + ") {\n";
   text += "  const " + component + "* x = reinterpret_cast<const " + component + "*>(src);\n  " + component +
           "* y = reinterpret_cast<" + component + "*>(dst);\n";
-  for (const std::string& line : k.statements.empty() ? body_text(k.program, names) : k.statements) text += "  " + line + "\n";
+  const Body* body = std::get_if<Body>(&k.body);
+  for (const std::string& line : body ? body_text(*body, names) : std::get<Statements>(k.body)) text += "  " + line + "\n";
   return text + "}\n\n";
 }
 
@@ -64,11 +65,24 @@ std::string two_bodies(const Kernel& k, int bytes) {
 
 }  // namespace
 
+Kernel Kernel::of(const Function& f) {
+  return {.symbol = f.name,
+          .element = "Xfm" + f.type,
+          .single = f.type.starts_with("32"),
+          .gate = f.gate,
+          .length = f.part == "wht" ? 1 << f.size : f.size,
+          .scale = f.scale,
+          .work_buffer = f.takes_buffer(),
+          .note = {},
+          .body = {}};
+}
+
 std::string kernel_text(const Kernel& k) {
   const std::string name = base_name(k.symbol);
   const Real n = k.length;
+  const Body* body = std::get_if<Body>(&k.body);
   std::string text = "// " + k.symbol + ": " + k.note + "\n" +
-                     pool_text(k.program, name, k.single, {1, 1 / square_root(n), 1 / n}, k.scale_lanes) + "\n" + body_function(k);
+                     pool_text(body ? body->program : Program(), name, k.single, {1, 1 / square_root(n), 1 / n}, k.scale_lanes) + "\n" + body_function(k);
   const std::string twin = "owng" + name + "_unaligned";
   if (k.gate == Gate::Gate16Twin)
     text += "extern \"C\" XFM_HIDDEN [[gnu::noinline]] " + signature(k, twin) + " {\n" + checked(k, "Unaligned") + "\n";

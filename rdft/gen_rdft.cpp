@@ -7,6 +7,7 @@
 #include "generator/check.h"
 #include "generator/functions.h"
 #include "generator/program.h"
+#include "generator/schedule.h"
 #include "generator/text.h"
 #include "rdft/lower.h"
 #include "rdft/rows.h"
@@ -48,20 +49,12 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
   const Precision precision = kTypes.at(type);
   std::string text = unit_head(t.unit + type, "gen_rdft");
   for (const Row& row : read_rows(plans, t.family)) {
-    Kernel kernel;
-    kernel.symbol = symbol(t, row.length, type);
-    const Function* function = functions.find(kernel.symbol);
-    check(function != nullptr, "a public function " + kernel.symbol);
-    kernel.element = "Xfm" + type;
-    kernel.single = precision == Precision::Single;
-    kernel.gate = function->gate;
-    kernel.length = row.length;
-    constexpr int kOne = 0, kByN = 2;
-    kernel.scale_by_1 = function->scale == ScaleRule::Inverse ? kOne : kByN;
-    kernel.scale_by_2 = function->scale == ScaleRule::Forward ? kOne : kByN;
+    const Function* function = functions.find(symbol(t, row.length, type));
+    check(function != nullptr, "a public function " + symbol(t, row.length, type));
+    Kernel kernel = Kernel::of(*function);
     kernel.note = row.plan + "; " + std::to_string(row.counts.additions) + " additions, " +
                   std::to_string(row.counts.multiplications) + " multiplications";
-    kernel.program = program_of(t, row, precision);
+    kernel.body = scheduled(program_of(t, row, precision));
     text += kernel_text(kernel);
   }
   return text;

@@ -94,7 +94,7 @@ TEST(GeneratorText, EveryElementIsLoadedBeforeTheFirstStoreAndStoredOnce) {
     std::map<std::string, std::string> types;
     std::map<int, int> stored;
     bool storing = false;
-    for (const std::string& line : body_text(body.program, names)) {
+    for (const std::string& line : body_text(scheduled(body.program), names)) {
       std::smatch m;
       std::string used = line;
       if (std::regex_search(line, m, store)) {
@@ -135,7 +135,7 @@ TEST(GeneratorText, OneOperationIsOneStatement) {
   const auto check = [](const Program& program, bool loads_first, const std::vector<std::string>& expected) {
     BodyNames names;
     names.loads_first = loads_first;
-    EXPECT_EQ(body_text(program, names), expected);
+    EXPECT_EQ(body_text(scheduled(program), names), expected);
   };
   check(two_sums(Type::F64), true,
         {"const double s = *scale;", "const double v1 = x[0];", "const double v2 = x[1];", "const double v3 = v1 + v2;",

@@ -5,6 +5,7 @@
 #include "generator/check.h"
 #include "generator/functions.h"
 #include "generator/program.h"
+#include "generator/schedule.h"
 #include "generator/text.h"
 #include "wht/passes.h"
 
@@ -16,27 +17,18 @@ const std::vector<std::string> kTypes = {"32f", "64f"};
 std::string symbol(int order, const std::string& type) { return "xfmgWHT_" + std::to_string(order) + "_" + type; }
 
 std::string kernel_of(const Plan& plan, const std::string& type, const FunctionList& functions) {
-  Kernel kernel;
-  kernel.symbol = symbol(plan.order, type);
-  const Function* function = functions.find(kernel.symbol);
-  check(function != nullptr, "a public function " + kernel.symbol);
-  check(function->scale == ScaleRule::SelfInverse, kernel.symbol + " divides by N for either flag");
-  kernel.element = "Xfm" + type;
-  kernel.single = single_precision(plan.type);
-  kernel.gate = function->gate;
-  kernel.length = plan.length();
-  constexpr int kByN = 2;
-  kernel.scale_by_1 = kernel.scale_by_2 = kByN;
-  kernel.note = plan.note();
-  kernel.work_buffer = function->takes_buffer();
+  const Function* function = functions.find(symbol(plan.order, type));
+  check(function != nullptr, "a public function " + symbol(plan.order, type));
+  check(function->scale == ScaleRule::SelfInverse, function->name + " divides by N for either flag");
+  Kernel kernel = Kernel::of(*function);
   check(kernel.work_buffer == (plan.main_bytes > 0), kernel.symbol + " takes a work buffer where its plan has one");
   std::vector<Pass> passes = passes_of(plan);
   const Counts made = check_counts(plan, passes);
-  kernel.note += ", " + std::to_string(made.shuffles) + " shuffles";
+  kernel.note = plan.note() + ", " + std::to_string(made.shuffles) + " shuffles";
   if (passes.size() == 1) {
-    kernel.program = std::move(passes[0].program);
+    kernel.body = scheduled(std::move(passes[0].program));
   } else {
-    kernel.statements = pass_statements(plan, passes);
+    kernel.body = pass_statements(plan, passes);
   }
   return kernel_text(kernel);
 }

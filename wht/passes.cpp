@@ -1,5 +1,6 @@
 #include "wht/passes.h"
 
+#include "generator/schedule.h"
 #include "generator/text.h"
 
 namespace xfm::wht {
@@ -29,7 +30,7 @@ void append(Lines& lines, const Lines& more) { lines.insert(lines.end(), more.be
 const std::string kFromSrc = "Through<Access, Aligned>", kInBuffer = "Aligned", kToDst = "Through<Aligned, Access>";
 
 Lines body(const Pass& pass, const std::string& from, const std::string& to, const std::string& access) {
-  return body_text(pass.program, {.sources = {from}, .targets = {to}, .pool = {}, .access = access, .scale_lanes = 1});
+  return body_text(scheduled(pass.program), {.sources = {from}, .targets = {to}, .pool = {}, .access = access, .scale_lanes = 1});
 }
 
 Lines blocks(const Plan& plan, const std::vector<Pass>& passes) {
