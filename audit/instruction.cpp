@@ -96,7 +96,7 @@ Operation by_operand_form(Operation operation, const Instruction& instruction) {
     case ZYDIS_MNEMONIC_VMOVSS:
     case ZYDIS_MNEMONIC_VMOVSD:
       // Both sources the same register: a compiler's way to copy a scalar.
-      if (!touches_memory && instruction.operands[1].reg.value != instruction.operands[2].reg.value)
+      if (!touches_memory && instruction.data(1)->reg.value != instruction.data(2)->reg.value)
         operation.kind = Kind::Blend;
       break;
     case ZYDIS_MNEMONIC_VINSERTF128:
@@ -187,6 +187,14 @@ std::optional<int> general_register(ZydisRegister reg) {
 std::optional<int> mask_register(ZydisRegister reg) {
   if (ZydisRegisterGetClass(reg) != ZYDIS_REGCLASS_MASK) return std::nullopt;
   return ZydisRegisterGetId(reg);
+}
+
+const ZydisDecodedOperand* Instruction::data(int place) const {
+  for (const auto& operand : visible()) {
+    const bool is_mask = operand.type == ZYDIS_OPERAND_TYPE_REGISTER && mask_register(operand.reg.value);
+    if (!is_mask && place-- == 0) return &operand;
+  }
+  return nullptr;
 }
 
 bool Instruction::is_masked() const {

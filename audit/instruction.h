@@ -58,6 +58,8 @@ class Instruction {
   [[nodiscard]] int vector_bits() const { return vector_bits_; }  // widest vector register named, 0 if none
   [[nodiscard]] bool is_vex() const { return raw.encoding == ZYDIS_INSTRUCTION_ENCODING_VEX; }
   [[nodiscard]] bool is_evex() const { return raw.encoding == ZYDIS_INSTRUCTION_ENCODING_EVEX; }
+  // The visible operand at a place, mask registers not counted.
+  [[nodiscard]] const ZydisDecodedOperand* data(int place) const;
   [[nodiscard]] bool is_masked() const;  // works on the lanes only that a mask register names
   [[nodiscard]] bool is_padding() const;
   [[nodiscard]] const ZydisDecodedOperand* memory() const;  // the one operand that touches memory, if any

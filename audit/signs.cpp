@@ -121,7 +121,7 @@ class Signs {
   }
 
   std::optional<Held> held_by(const State& state, const Instruction& instruction, int place) const {
-    const auto& operand = instruction.operands[place];
+    const auto& operand = *instruction.data(place);
     if (auto constant = image_operand(instruction, operand)) {
       if (repeats(instruction)) constant->bits = instruction.vector_bits();
       return constant;
@@ -142,7 +142,7 @@ class Signs {
     const auto& instruction = body_.code[i];
     const auto kind = instruction.operation.kind;
     if ((kind != Kind::Move && kind != Kind::Broadcast) || instruction.is_masked()) return std::nullopt;
-    if (instruction.raw.operand_count_visible != 2) return std::nullopt;
+    if (instruction.data(1) == nullptr || instruction.data(2) != nullptr) return std::nullopt;
     if (const auto* slot = access_of_[i]) {
       const auto found = state.slots.find({slot->region, slot->offset});
       return found == state.slots.end() || found->second.bytes > slot->bytes ? std::nullopt : std::optional(found->second);
@@ -176,8 +176,9 @@ class Signs {
       const auto& [slot, held] = entry;
       return slot.region != access.region || (slot.offset < access.offset + access.bytes && access.offset < slot.offset + 64);
     });
-    const auto reg = vector_register(instruction.operands[1]);
-    if (!reg || instruction.operation.kind != Kind::Move || instruction.is_masked()) return;
+    if (instruction.operation.kind != Kind::Move || instruction.is_masked()) return;
+    const auto reg = vector_register(*instruction.data(1));
+    if (!reg) return;
     if (const auto found = state.registers.find(*reg); found != state.registers.end())
       state.slots[{access.region, access.offset}] = found->second;
   }

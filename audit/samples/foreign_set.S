@@ -1,7 +1,6 @@
 /* An operation of a set that the target does not ask for.
    target: v4
    expects: generation xfmgDFTFwd_CToC_20_64fc
-   expects: operation xfmgDFTFwd_CToC_20_64fc
 */
 #include "pieces.inc"
 #define WORK vrcp28pd zmm16, zmm17

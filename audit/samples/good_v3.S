@@ -3,8 +3,6 @@
    target: v3
 */
 #include "pieces.inc"
-#define ENTER sub rsp, 40
-#define LEAVE add rsp, 40
 #define WORK fused
 .section .rodata
   .p2align 6
@@ -12,6 +10,7 @@ signs: .double 1.0, -1.0, -1.0, 1.0
 mixed: .double 1.0, 2.0, -1.0, 1.0
 .text
 .macro fused
+  sub rsp, 40
   vfmadd231pd ymm0, ymm1, [rip + signs]
   vmovapd ymm11, [rip + signs]
   vmovupd [rsp], ymm11
@@ -21,5 +20,6 @@ mixed: .double 1.0, 2.0, -1.0, 1.0
   vfnmadd132pd ymm4, ymm5, ymm12
   vpermpd ymm6, ymm6, 0x1b
   vbroadcastsd ymm7, xmm7
+  add rsp, 40
 .endm
 #include "pair20.inc"
