@@ -6,3 +6,9 @@ foreach(test generator_flows_test generator_plan_test generator_text_test)
   target_compile_options(${test} PRIVATE -O2 -Wno-restrict)  # g++ 12 misjudges joined strings
 endforeach()
 target_compile_options(generator_graph_test PRIVATE -Wno-restrict)
+# The library's kernels beside their programs; they are found by name, so that nothing but this option keeps the library.
+xfm_add_test(generator_lowering_test LABEL generator SOURCES generator_lowering_test.cpp
+  LIBRARIES xfm_complex_flows xfm_real_flows xfmgene9 xfmcorex64 dl)
+target_link_options(generator_lowering_test PRIVATE -Wl,--no-as-needed)
+target_compile_definitions(generator_lowering_test PRIVATE XFM_PLANS="${PROJECT_SOURCE_DIR}/plans")
+target_compile_options(generator_lowering_test PRIVATE -O2 -Wno-restrict)

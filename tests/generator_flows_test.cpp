@@ -1,11 +1,8 @@
 // Every complex transform as a graph, evaluated in extended precision against the definition: the plans, index maps,
 // twiddles, spectra and chirps are exact, whatever the lanes and placement.
 #include <gtest/gtest.h>
-#include <quadmath.h>
 
-#include <cmath>
 #include <ostream>
-#include <random>
 
 #include "dft/tables.h"
 #include "dft/transform.h"
@@ -15,38 +12,10 @@
 namespace {
 
 using namespace xfm;
+using graph_values::definition;
+using graph_values::deviation;
+using graph_values::source;
 using graph_values::Value;
-
-std::vector<Value> definition(const std::vector<Value>& x, int sign) {
-  const int n = static_cast<int>(x.size());
-  std::vector<Value> root(n), y(n);
-  for (int e = 0; e < n; ++e) {
-    const __float128 angle = 2 * M_PIq * e / n;
-    root[e] = {static_cast<long double>(cosq(angle)), sign * static_cast<long double>(sinq(angle))};
-  }
-  for (int k = 0; k < n; ++k)
-    for (int i = 0; i < n; ++i) y[k] += x[i] * root[k * i % n];
-  return y;
-}
-
-// Largest difference of a bin, as a part of the largest magnitude; not a number anywhere counts as infinite.
-long double deviation(const std::vector<Value>& got, const std::vector<Value>& expected) {
-  long double worst = 0, magnitude = 0;
-  for (const Value& v : expected) magnitude = std::max(magnitude, std::abs(v));
-  for (size_t k = 0; k < expected.size(); ++k) {
-    const long double d = std::abs(got[k] - expected[k]);
-    if (!(d <= worst)) worst = std::isnan(d) ? INFINITY : d;
-  }
-  return worst / magnitude;
-}
-
-std::vector<Value> source(int n) {
-  std::mt19937 engine(n);
-  const auto part = [&] { return static_cast<long double>(engine()) / 2147483648.0L - 1; };
-  std::vector<Value> x(n);
-  for (Value& v : x) v = {part(), part()};
-  return x;
-}
 
 const ComplexTables& tables() {
   static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");

@@ -1,8 +1,12 @@
-// What an expression graph computes, in extended precision, and how its nodes read.
+// What an expression graph computes, in extended precision, beside the formula, and how its nodes read.
 #pragma once
 
+#include <quadmath.h>
+
+#include <cmath>
 #include <complex>
 #include <limits>
+#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -43,6 +47,38 @@ inline std::vector<Value> evaluate(const xfm::Graph& g, std::span<const xfm::Poi
   std::vector<Value> result;
   for (const xfm::Point& p : outputs) result.push_back(at(p.ref, p.lane));
   return result;
+}
+
+// The transform of x by its formula.
+inline std::vector<Value> definition(const std::vector<Value>& x, int sign) {
+  const int n = static_cast<int>(x.size());
+  std::vector<Value> root(n), y(n);
+  for (int e = 0; e < n; ++e) {
+    const __float128 angle = 2 * M_PIq * e / n;
+    root[e] = {static_cast<long double>(cosq(angle)), sign * static_cast<long double>(sinq(angle))};
+  }
+  for (int k = 0; k < n; ++k)
+    for (int i = 0; i < n; ++i) y[k] += x[i] * root[k * i % n];
+  return y;
+}
+
+// Largest difference of a bin, as a part of the largest magnitude; not a number anywhere counts as infinite.
+inline long double deviation(const std::vector<Value>& got, const std::vector<Value>& expected) {
+  long double worst = 0, magnitude = 0;
+  for (const Value& v : expected) magnitude = std::max(magnitude, std::abs(v));
+  for (size_t k = 0; k < expected.size(); ++k) {
+    const long double d = std::abs(got[k] - expected[k]);
+    if (!(d <= worst)) worst = std::isnan(d) ? INFINITY : d;
+  }
+  return worst / magnitude;
+}
+
+inline std::vector<Value> source(int n) {
+  std::mt19937 engine(n);
+  const auto part = [&] { return static_cast<long double>(engine()) / 2147483648.0L - 1; };
+  std::vector<Value> x(n);
+  for (Value& v : x) v = {part(), part()};
+  return x;
 }
 
 // A reference of a graph on one lane in full: -i(x0 + 0.5*x1).
