@@ -35,8 +35,8 @@ Real lambda_at(const Lambda<Real>* self, int32_t i) {
 
 // One row, its lanes from the last to the first.
 template <class P, class Lane>
-void fill_row(typename P::Real* row, const Lane& lane_value) {
-  alignas(kVectorBytes) typename P::Real lanes[P::kLanes];
+[[gnu::always_inline]] inline void fill_row(typename P::Real* row, const Lane& lane_value) {
+  typename P::Real lanes[P::kLanes];
   for (int32_t lane = P::kLanes - 1; lane >= 0; --lane) lanes[lane] = lane_value(lane);
   move_in(row, lanes);
 }
@@ -63,7 +63,7 @@ struct Section {
 };
 
 template <class P, class Real = typename P::Real>
-Real* fill_section(const Env8* self, const Section<Real>& section, Real* row) {
+[[gnu::always_inline]] inline Real* fill_section(const Env8* self, const Section<Real>& section, Real* row) {
   for (int32_t i = 0; i < self->chunks; ++i)
     for (int32_t j = 0; j < section.shifts; ++j)
       for (int32_t f = 1; f <= section.factors; ++f) {
