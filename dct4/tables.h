@@ -33,12 +33,18 @@ Real lambda_at(const Lambda<Real>* self, int32_t i) {
   return (static_cast<Real>(i) + Real(0.5)) / static_cast<Real>(self->localLength / self->radix);
 }
 
-// One row, its lanes from the last to the first.
+// One row as a whole vector. By itself: a caller that held a vector would align its stack for it.
+template <class Real>
+[[gnu::noinline]] void store_row(Real* row, const Real* lanes) {
+  move_in(row, lanes);
+}
+
+// A row from its lanes, the last one first.
 template <class P, class Lane>
-[[gnu::always_inline]] inline void fill_row(typename P::Real* row, const Lane& lane_value) {
+void fill_row(typename P::Real* row, const Lane& lane_value) {
   typename P::Real lanes[P::kLanes];
   for (int32_t lane = P::kLanes - 1; lane >= 0; --lane) lanes[lane] = lane_value(lane);
-  move_in(row, lanes);
+  store_row(row, lanes);
 }
 
 template <class P>
@@ -63,7 +69,7 @@ struct Section {
 };
 
 template <class P, class Real = typename P::Real>
-[[gnu::always_inline]] inline Real* fill_section(const Env8* self, const Section<Real>& section, Real* row) {
+Real* fill_section(const Env8* self, const Section<Real>& section, Real* row) {
   for (int32_t i = 0; i < self->chunks; ++i)
     for (int32_t j = 0; j < section.shifts; ++j)
       for (int32_t f = 1; f <= section.factors; ++f) {
