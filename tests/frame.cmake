@@ -1,7 +1,8 @@
 # The frame: list of functions, dispatchers, version record, header, exports, installed tree.
 xfm_add_test(frame_functions_test LABEL frame SOURCES frame_functions_test.cpp LIBRARIES xfm_generator)
 target_compile_definitions(frame_functions_test PRIVATE
-  XFM_GEN_FRAME="$<TARGET_FILE:gen_frame>" XFM_HEADER_TEMPLATE="${PROJECT_SOURCE_DIR}/include/xfm.h.in")
+  XFM_PLANS="${PROJECT_SOURCE_DIR}/plans" XFM_GEN_FRAME="$<TARGET_FILE:gen_frame>"
+  XFM_HEADER_TEMPLATE="${PROJECT_SOURCE_DIR}/include/xfm.h.in")
 add_dependencies(frame_functions_test gen_frame)
 
 # All dispatchers, whatever families this build has, over kernels that record how they were called.
