@@ -28,6 +28,9 @@ target_compile_options(dct4_transform_test PRIVATE -O2)
 target_compile_definitions(dct4_transform_test PRIVATE XFM_DCT4_PLAIN_ORDER_MODULE="$<TARGET_FILE:dct4_plain_order>")
 add_dependencies(dct4_transform_test dct4_plain_order)
 
+xfm_add_script_test(dct4_largest_lengths "dct4;long" dct4_transform_test --gtest_also_run_disabled_tests --gtest_filter=*Largest*)
+set_tests_properties(dct4_largest_lengths PROPERTIES TIMEOUT 3600)
+
 xfm_add_test(dct4_lapped_test LABEL dct4
   SOURCES dct4_lapped_test.cpp ${PROJECT_SOURCE_DIR}/examples/lapped_transform.cpp LIBRARIES xfmgene9 xfmcorex64)
 
