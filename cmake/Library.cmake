@@ -17,7 +17,8 @@ function(xfm_library target)
   endif()
   if(XFM_INSTALL)
     install(TARGETS ${target} EXPORT XfmTargets
-      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${target} NAMELINK_COMPONENT development
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
 endfunction()
 
@@ -33,6 +34,6 @@ function(xfm_library_copy name library target)
     INSTALL_RPATH "$ORIGIN/../..")
   target_link_options(${name} PRIVATE ${XFM_LINK_OPTIONS})
   if(XFM_INSTALL)
-    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${folder})
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${folder} COMPONENT ${library})
   endif()
 endfunction()

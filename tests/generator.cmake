@@ -12,3 +12,4 @@ xfm_add_test(generator_lowering_test LABEL generator SOURCES generator_lowering_
 target_link_options(generator_lowering_test PRIVATE -Wl,--no-as-needed)
 target_compile_definitions(generator_lowering_test PRIVATE XFM_PLANS="${PROJECT_SOURCE_DIR}/plans")
 target_compile_options(generator_lowering_test PRIVATE -O2 -Wno-restrict)
+xfm_add_test(output_test LABEL generator SOURCES output_test.cpp LIBRARIES xfm_output)

@@ -4,6 +4,7 @@
 which differ in their length only, the first is shown and the range of lengths told.
 """
 
+import os
 import re
 
 from docutils import nodes
@@ -36,7 +37,7 @@ def section(lines):
             out += ["", "::", ""]
         if not indented and out and out[-1].startswith("   "):
             out.append("")
-        out.append("   " + line[1:] if indented else line)
+        out.append("   " + line[1:] if indented else line.replace("*", "\\*"))
     return out + [""]
 
 
@@ -51,9 +52,12 @@ def functions(text):
         out += [".. c:function:: " + match["text"].rstrip(";"), "", "   " + (match["doc"] or ""), ""]
     for (family, element), members in kernels.items():
         # A family that changes its arguments on the way is shown once for each.
-        for signature in dict.fromkeys(re.sub(r"_\d+_", "_N_", text) for _, text in members):
-            lengths = [n for n, text in members if re.sub(r"_\d+_", "_N_", text) == signature]
-            out += [".. c:function:: " + signature.rstrip(";"), "", f"   One kernel for each N from {lengths[0]} to {lengths[-1]}.", ""]
+        shown = {}
+        for n, text in members:
+            shown.setdefault(re.sub(r"_\d+_", "_N_", text), []).append(n)
+        for i, (signature, lengths) in enumerate(shown.items()):
+            lengths_name = signature.replace("_N_", "_M_") if i else signature
+            out += [".. c:function:: " + lengths_name.rstrip(";"), "", f"   One kernel for each number from {lengths[0]} to {lengths[-1]}.", ""]
     return out
 
 
@@ -88,7 +92,14 @@ class XfmHeader(SphinxDirective):
         return node.children
 
 
+def place_figures(app, name, source):
+    folder = os.path.dirname(app.env.doc2path(name))
+    source[0] = source[0].replace("@figures@", os.path.relpath(app.config.xfm_figures, folder))
+
+
 def setup(app):
     app.add_config_value("xfm_header", "", "env")
+    app.add_config_value("xfm_figures", "", "env")
+    app.connect("source-read", place_figures)
     app.add_directive("xfm-header", XfmHeader)
     return {"parallel_read_safe": True}
