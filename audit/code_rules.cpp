@@ -71,6 +71,7 @@ void check_fma(const Body& body, const Surroundings& around, Findings& findings)
                      [](const Instruction& instruction) { return is_fused(instruction) ? "fused multiply-add" : ""; });
     return;
   }
+  if (std::ranges::none_of(body.code, is_fused)) return;
   const auto wrong = fused_products(body, around.image());
   each_instruction(body, findings, "fma", [&](const Instruction& instruction) {
     return wrong[&instruction - body.code.data()] ? "fused multiply-add without a factor of all 1 or -1" : "";

@@ -1,6 +1,8 @@
 // Runs a recording through the library: prints how long it is, its strongest tones and what the transforms cost, and
 // writes OUTPUT.png, its spectrogram, and OUTPUT-compressed.wav, what a twentieth of its lapped transform sounds like.
 //   xfm_demo RECORDING.wav OUTPUT
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -58,7 +60,9 @@ void print_tones(const Recording& recording) {
 }
 
 void print_times(const Recording& recording) {
-  std::printf("Time of one transform\n");
+  Dl_info library;  // the loader may have taken a copy for newer processors
+  if (dladdr(reinterpret_cast<void*>(&xfmgenGetLibVersion), &library) != 0)
+    std::printf("Time of one transform, by %s\n", std::filesystem::weakly_canonical(library.dli_fname).c_str());
   const auto line = [](const std::string& name, double time) { std::printf("  %-58s %9.1f ns\n", name.c_str(), time); };
   const std::vector<float> samples = stretch(recording, 4096);
   std::vector<Xfm32fc> complex(64), out(64);

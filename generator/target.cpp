@@ -53,7 +53,10 @@ std::string instruction_set(const Program& program, const Inst& inst) {
   if (bits(inst.type) == 512) return "AVX512F_512";
   switch (inst.op) {
     case Op::SignedAdd: return "FMA";
-    case Op::LoadPart: return inst.imm == 1 || (inst.imm == 2 && inst.type == Type::F32x4) ? "AVX" : "AVX512F_128";
+    case Op::LoadPart: {
+      const bool plain = bits(inst.type) == 128 && (inst.imm == 1 || (inst.imm == 2 && inst.type == Type::F32x4));
+      return plain ? "AVX" : "AVX512F_128";
+    }
     case Op::Pick: {
       if (inst.b >= 0) return "AVX512F_128";
       return bits(program.type(inst.a)) == 128 ? "AVX" : "AVX2";
@@ -70,7 +73,8 @@ void check_admitted(const Program& program, const Target& target) {
     admitted(target.admits(set), set);
   }
   for (const Store& s : program.stores())
-    admitted(s.kind != StoreKind::Part || s.imm == 1 || target.admits("AVX512F_128"), "masked store");
+    admitted(s.kind != StoreKind::Part || (s.imm == 1 && bits(program.type(s.value)) == 128) || target.admits("AVX512F_128"),
+             "masked store");
 }
 
 }  // namespace xfm

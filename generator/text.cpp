@@ -256,7 +256,7 @@ class BodyWriter {
         return std::string(name) + (pair ? "pi(" : "pd(") + place + ", " + v + ");";
       }
       case StoreKind::Part:
-        if (s.imm == 1) return prefix(type) + (single_precision(type) ? "store_ss(" : "store_sd(") + at + ", " + v + ");";
+        if (s.imm == 1 && bits(type) == 128) return prefix(type) + (single_precision(type) ? "store_ss(" : "store_sd(") + at + ", " + v + ");";
         return prefix(type) + "mask_storeu" + suffix(type) + "(" + at + ", " + std::to_string((1u << s.imm) - 1) + ", " + v + ");";
       case StoreKind::Lane:
         check(pair, "single lanes are stored of four");
