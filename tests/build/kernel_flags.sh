@@ -39,6 +39,13 @@ hardened|-g -O2 -fstack-protector-strong -fstack-clash-protection -fcf-protectio
 FLAGS
 [ "$compared" -gt 40000 ] || fail "only $compared instructions were compared"
 
+# Nor does -ffast-math make the library set the mode of the program that loads it, as it does a library of its own.
+mode_set() { objdump -d "$1" | grep -c ldmxcsr || true; }
+cmake --build "$work/fast" --target xfmcorex64 >"$work/said" || fail "$(cat "$work/said")"
+[ "$(mode_set "$work/fast/lib/libxfmcorex64.so.6.1")" -eq 0 ] || fail "the core library sets flush-to-zero when it is loaded"
+gcc -ffast-math -shared -fPIC "$source/core/xfmcore.c" -o "$work/faulty.so"
+[ "$(mode_set "$work/faulty.so")" -gt 0 ] || fail "a library that sets flush-to-zero is not seen"
+
 # It can fail: behind the kernels' own flags, -ffast-math shows.
 compile fast pgendct4_32fg9.cpp "$work/faulty.o" -ffast-math -fassociative-math -fno-signed-zeros -fno-trapping-math
 if diff -q <(computes "$(find "$build" -path "*/CMakeFiles/*" -name pgendct4_32fg9.cpp.o | sort | head -1)") \
