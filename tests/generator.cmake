@@ -6,6 +6,7 @@ foreach(test generator_flows_test generator_plan_test generator_text_test)
   target_compile_options(${test} PRIVATE -O2 -Wno-restrict)  # g++ 12 misjudges joined strings
 endforeach()
 target_compile_options(generator_graph_test PRIVATE -Wno-restrict)
+target_compile_definitions(generator_plan_test PRIVATE XFM_REFERENCE_PLANS="${CMAKE_CURRENT_SOURCE_DIR}/reference_plans.tsv")
 # The library's kernels beside their programs; they are found by name, so that nothing but this option keeps the library.
 xfm_add_test(generator_lowering_test LABEL generator SOURCES generator_lowering_test.cpp
   LIBRARIES xfm_complex_flows xfm_real_flows xfmgene9 xfmcorex64 dl)
