@@ -1,16 +1,15 @@
-#include "bench/harness.h"
+#include "bench/race.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <new>
 #include <numeric>
 #include <random>
-#include <set>
 
 #include "generator/check.h"
+#include "tool/progress.h"
 
 namespace xfm::bench {
 
@@ -47,12 +46,13 @@ void chain(long count) {
 
 }  // namespace
 
-Race race(const std::vector<Calls>& contestants, const Pace& pace) {
+Race race(const std::string& title, const std::vector<Calls>& contestants, const Pace& pace) {
   std::vector<Calls> runners = contestants;
   runners.push_back(chain);
   const double ns = 1000 * pace.microseconds;
   std::vector<long> counts;
-  for (const Calls& r : runners) counts.push_back(calls_within(r, ns));
+  tool::Progress progress(title, (pace.rounds + 1.0) * static_cast<double>(runners.size()));
+  for (const Calls& r : runners) counts.push_back(calls_within(r, ns)), progress.advance();
 
   std::vector<std::vector<double>> times(runners.size());
   std::vector<size_t> order(runners.size());
@@ -63,6 +63,7 @@ Race race(const std::vector<Calls>& contestants, const Pace& pace) {
     for (const size_t i : order) {
       runners[i](counts[i] / 8 + 1);
       times[i].push_back(ns_of(runners[i], counts[i]) / static_cast<double>(counts[i]));
+      progress.advance();
     }
   }
   Race result;
@@ -80,59 +81,12 @@ Memory::Memory(size_t bytes) : size_((bytes + 4095) / 4096 * 4096) {
 
 void Memory::Free::operator()(unsigned char* p) const { std::free(p); }
 
-unsigned char* Memory::take(size_t bytes, size_t offset) {
-  unsigned char* const start = data_.get() + used_ + offset;
-  used_ = (used_ + offset + bytes + 63) / 64 * 64;
+unsigned char* Memory::take(size_t bytes, size_t offset, size_t alignment) {
+  const size_t first = (used_ + alignment - 1) / alignment * alignment + offset;
+  unsigned char* const start = data_.get() + first;
+  used_ = first + bytes;
   check(used_ <= size_, "the arrays of a benchmark need more memory than was asked for");
   return start;
-}
-
-Table read_table(const std::filesystem::path& path) {
-  std::ifstream in(path);
-  std::string line;
-  while (std::getline(in, line) && (line.empty() || line[0] == '#')) {
-  }
-  return Table::read(path, split(line, '\t'));
-}
-
-std::vector<int> parse_sizes(const std::string& text) {
-  std::vector<int> sizes;
-  for (const std::string& part : split(text, ',')) {
-    char* end = nullptr;
-    const long first = std::strtol(part.c_str(), &end, 10);
-    const long last = *end == '-' ? std::strtol(end + 1, &end, 10) : first;
-    if (*end != '\0' || first < 1 || last < first) throw InputError("no sizes: " + part);
-    for (long n = first; n <= last; ++n) sizes.push_back(static_cast<int>(n));
-  }
-  return sizes;
-}
-
-std::string Options::usage() const {
-  std::string text = "options, with their values if left out:";
-  for (const Option& o : options_) text += "\n  --" + o.name + " " + o.value + "   " + o.help;
-  return text;
-}
-
-void Options::parse(int argc, char** argv) {
-  std::set<std::string> given;
-  for (int i = 1; i < argc; i += 2) {
-    const auto known = std::find_if(options_.begin(), options_.end(), [&](const Option& o) { return "--" + o.name == argv[i]; });
-    if (known == options_.end() || i + 1 == argc || !given.insert(known->name).second) throw InputError(usage());
-    known->value = argv[i + 1];
-  }
-}
-
-const std::string& Options::operator[](const std::string& name) const {
-  for (const Option& o : options_)
-    if (o.name == name) return o.value;
-  throw InternalError("no option " + name);
-}
-
-double Options::number(const std::string& name) const {
-  char* end = nullptr;
-  const double value = std::strtod((*this)[name].c_str(), &end);
-  if (*end != '\0' || !(value >= 0)) throw InputError("--" + name + " takes a number, not " + (*this)[name]);
-  return value;
 }
 
 }  // namespace xfm::bench

@@ -1,18 +1,17 @@
 // Where the time of a long DCT-IV goes: each stage by itself on a planned state, the whole transform beside them.
 //
-//   bench_dct4_stages [log2 of a length ...]
-//
 // Bytes are those a stage asks for, by the sizes in the objects: source, scratches, tables, destination; what an env8 below
 // the top reads of its table counts each time. Rows of a deeper level stand inside the env9 above them. env8 and env4
 // are measured over all their bins and groups in order; `after env9` is what the whole transform takes beyond its env9:
 // where the two take turns, less than their sum. Nanoseconds per transform, medians of interleaved rounds.
-#include <cstdio>
-#include <cstdlib>
+#include <stdexcept>
 
-#include "bench/harness.h"
+#include "bench/benchmark.h"
 #include "dct4/objects.h"
 #include "dct4/public_api.h"
 #include "dct4/stages.h"
+
+namespace xfm::bench {
 
 using namespace xfm::dct4;
 
@@ -54,7 +53,7 @@ const Env* first_of(const EnvList* list) {
 
 struct Stage {
   std::string name;
-  xfm::bench::Calls calls;
+  Calls calls;
   double read = 0, written = 0;  // bytes
 };
 
@@ -129,54 +128,55 @@ class Stages {
 };
 
 template <class Real>
-void measure(int n) {
+void measure(int n, const Options& options, Report& report) {
   typename Api<Real>::State* state = nullptr;
-  if (Api<Real>::init_alloc(&state, n) != xfmStatusOk) exit(1);
-  xfm::bench::Memory memory(2 * n * sizeof(Real) + 4096);
-  Real* const x = memory.array<Real>(n);
-  Real* const y = memory.array<Real>(n);
+  if (Api<Real>::init_alloc(&state, n) != xfmStatusOk) throw std::runtime_error("no memory for a DCT-IV of " + std::to_string(n) + " points");
+  const std::unique_ptr<typename Api<Real>::State, XfmStatus (*)(typename Api<Real>::State*)> owner(state, Api<Real>::release);
+  Memory memory(2 * (n * sizeof(Real) + options.offset + options.alignment));
+  Real* const x = memory.array<Real>(n, options.offset, options.alignment);
+  Real* const y = memory.array<Real>(n, options.offset, options.alignment);
   for (int i = 0; i < n; ++i) x[i] = static_cast<Real>(std::sin(0.7 * i * i));
   const Env1* const root = reinterpret_cast<const Env1*>(state);
-  if (root->scratch == nullptr) {
-    fprintf(stderr, "bench_dct4_stages: length %d has no stages\n", n);
-    exit(1);
-  }
+  if (root->scratch == nullptr) throw std::runtime_error("a DCT-IV of " + std::to_string(n) + " points has no stages");
   const Stages<Real> stages(n, root, y, x);
-  std::vector<xfm::bench::Calls> calls;
+  std::vector<Calls> calls;
   for (const Stage& s : stages.all()) calls.push_back(s.calls);
   calls.push_back([&](long count) {
     for (; count > 0; --count) Api<Real>::transform(x, y, state);
   });
-  const std::vector<double> ns = xfm::bench::race(calls, {.rounds = 15, .microseconds = 2000}).ns;
-  const auto row = [&](const std::string& name, double time) {
-    printf("%s\t%d\t%s\t%.0f\t%.2f", Api<Real>::kName, n, name.c_str(), time, time / n);
+  const std::string function = std::string("xfmgDCT4_") + Api<Real>::kName;
+  const std::vector<double> ns = race(function + ", " + std::to_string(n), calls, options.pace).ns;
+  const auto row = [&](const std::string& name, double time, double read, double written, double rate) {
+    report.add({function, static_cast<double>(n), name, time, time / n, read, written, rate});
   };
   double env9 = 0;
   for (size_t i = 0; i < stages.all().size(); ++i) {
     const Stage& s = stages.all()[i];
-    row(s.name, ns[i]);
-    printf("\t%.2f\t%.2f\t%.2f\n", s.read / n, s.written / n, (s.read + s.written) / ns[i]);
+    row(s.name, ns[i], s.read / n, s.written / n, (s.read + s.written) / ns[i]);
     if (s.name == "env9") env9 = ns[i];
   }
-  if (env9 > 0) row("after env9", ns.back() - env9), printf("\t\t\t\n");
-  row("transform", ns.back()), printf("\t\t\t\n");
-  fflush(stdout);
-  Api<Real>::release(state);
+  if (env9 > 0) row("after env9", ns.back() - env9, 0, 0, 0);
+  row("transform", ns.back(), 0, 0, 0);
+}
+
+std::vector<Report> run(const Options& options) {
+  Report report("dct4_stages", {{"function", kText}, {"N", 0}, {"stage", kText}, {"ns", 0}, {"ns/element"}, {"read/element"}, {"written/element"}, {"bytes/ns"}});
+  for (const int exponent : options.size_list())
+    if (options.selects("xfmgDCT4_32f")) measure<float>(1 << exponent, options, report);
+  for (const int exponent : options.size_list())
+    if (options.selects("xfmgDCT4_64f")) measure<double>(1 << exponent, options, report);
+  return {report};
+}
+
+Options defaults() {
+  Options options;
+  options.sizes = "12-22";
+  options.pace = {.rounds = 15, .microseconds = 2000};
+  return options;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  std::vector<int> exponents;
-  for (int i = 1; i < argc; ++i) exponents.push_back(atoi(argv[i]));
-  if (argc == 1)
-    for (int e = 12; e <= 22; ++e) exponents.push_back(e);
-  for (const int e : exponents)
-    if (e < 7 || e > 25) {
-      fprintf(stderr, "usage: bench_dct4_stages [log2 of a length, 7 to 25 ...]\n");
-      return 1;
-    }
-  printf("type\tlength\tstage\tns\tns_per_element\tread_per_element\twritten_per_element\tbytes_per_ns\n");
-  for (const int e : exponents) measure<float>(1 << e);
-  for (const int e : exponents) measure<double>(1 << e);
-}
+const Benchmark kDct4Stages = {"dct4-stages", "Time and bytes of every stage of long DCT-IVs.", "exponents: 2^exponent points", {7, 25}, defaults(), run};
+
+}  // namespace xfm::bench

@@ -1,9 +1,9 @@
 // FFTW's plans for one transform of the complex, real and Hartley families.
 #pragma once
 
-#include <memory>
 #include <string>
-#include <vector>
+
+#include "bench/fftw.h"
 
 namespace xfm::bench {
 
@@ -12,22 +12,19 @@ enum class Effort { Measure, Patient };
 
 // A plan from `in` to `out`, made for their alignment.
 template <class T>
-class FftwPlan {
+class DftRival {
  public:
   // `kind` 0 is the plan whose data stand as in the library's (r2c and c2r for CCS); 1, for real transforms only, that
   // of FFTW's own half-complex layout. Planning overwrites both arrays; execution may overwrite `in`.
-  FftwPlan(Transform transform, int kind, int n, T* in, T* out, Effort effort);
-  ~FftwPlan();
-  FftwPlan(FftwPlan&&) noexcept;
-  void run(long count) const;
+  DftRival(Transform transform, int kind, int n, T* in, T* out, Effort effort);
+  void run(long count) const { plan_.run(count); }
   const std::string& name() const { return name_; }
 
   static int kinds(Transform transform) { return transform == Transform::RealForward || transform == Transform::RealInverse ? 2 : 1; }
 
  private:
-  struct Handle;
-  std::unique_ptr<Handle> handle_;
   std::string name_;
+  FftwPlan<T> plan_;
 };
 
 }  // namespace xfm::bench

@@ -1,13 +1,8 @@
-#include "bench/wht_rivals.h"
+#include "bench/wht_loop.h"
 
-#include <fftw3.h>
 #include <immintrin.h>
 
-#include <algorithm>
-#include <array>
-#include <type_traits>
-#include <vector>
-
+// Compiled for AVX: nothing of the standard library may come into being here, for it could be taken for the whole program.
 namespace xfm::bench {
 
 namespace {
@@ -90,7 +85,7 @@ void column_pass(typename V::Element* data, int length, int stride, typename V::
 
 template <class T>
 void scalar_loop(const T* src, T* dst, int length, T scale) {
-  std::copy(src, src + length, dst);
+  for (int i = 0; i < length; ++i) dst[i] = src[i];
   for (int distance = 1; distance < length; distance *= 2)
     for (int i = 0; i < length; ++i)
       if (!(i & distance)) {
@@ -105,7 +100,7 @@ template <class V>
 void loop(const typename V::Element* src, typename V::Element* dst, int order, typename V::Element scale) {
   const int length = 1 << order;
   if (order < V::kLaneOrder) return scalar_loop(src, dst, length, scale);
-  const int block_order = std::min(order, V::kLaneOrder + 3);
+  const int block_order = order < V::kLaneOrder + 3 ? order : V::kLaneOrder + 3;
   const auto block_scale = block_order == order ? scale : 1;  // the product by 1 costs nothing beside the stores
   switch (block_order - V::kLaneOrder) {
     case 0: block_pass<V, 1>(src, dst, length, block_scale); break;
@@ -114,7 +109,7 @@ void loop(const typename V::Element* src, typename V::Element* dst, int order, t
     default: block_pass<V, 8>(src, dst, length, block_scale); break;
   }
   for (int done = block_order; done < order;) {
-    const int radix_order = std::min(order - done, 3);
+    const int radix_order = order - done < 3 ? order - done : 3;
     const auto pass_scale = done + radix_order == order ? scale : 1;
     if (radix_order == 1) column_pass<V, 2>(dst, length, 1 << done, pass_scale);
     if (radix_order == 2) column_pass<V, 4>(dst, length, 1 << done, pass_scale);
@@ -127,40 +122,5 @@ void loop(const typename V::Element* src, typename V::Element* dst, int order, t
 
 void loop_hadamard(const float* src, float* dst, int order, float scale) { loop<Single>(src, dst, order, scale); }
 void loop_hadamard(const double* src, double* dst, int order, double scale) { loop<Double>(src, dst, order, scale); }
-
-template <class T>
-struct FftwHadamard<T>::Plan {
-  static constexpr bool kSingle = std::is_same_v<T, float>;
-  std::conditional_t<kSingle, fftwf_plan, fftw_plan> handle;
-};
-
-template <class T>
-FftwHadamard<T>::FftwHadamard(T* src, T* dst, int order) : plan_(std::make_unique<Plan>()) {
-  const std::vector<int> sizes(order, 2);
-  const std::vector<fftw_r2r_kind> kinds(order, FFTW_R2HC);
-  constexpr double kSeconds = 2;
-  if constexpr (Plan::kSingle) {
-    fftwf_set_timelimit(kSeconds);
-    plan_->handle = fftwf_plan_r2r(order, sizes.data(), src, dst, kinds.data(), FFTW_MEASURE | FFTW_PRESERVE_INPUT);
-  } else {
-    fftw_set_timelimit(kSeconds);
-    plan_->handle = fftw_plan_r2r(order, sizes.data(), src, dst, kinds.data(), FFTW_MEASURE | FFTW_PRESERVE_INPUT);
-  }
-}
-
-template <class T>
-FftwHadamard<T>::~FftwHadamard() {
-  if constexpr (Plan::kSingle) fftwf_destroy_plan(plan_->handle);
-  else fftw_destroy_plan(plan_->handle);
-}
-
-template <class T>
-void FftwHadamard<T>::run() const {
-  if constexpr (Plan::kSingle) fftwf_execute(plan_->handle);
-  else fftw_execute(plan_->handle);
-}
-
-template class FftwHadamard<float>;
-template class FftwHadamard<double>;
 
 }  // namespace xfm::bench

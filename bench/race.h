@@ -8,13 +8,10 @@
 
 #include <cmath>
 #include <cstddef>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "generator/table.h"
 
 namespace xfm::bench {
 
@@ -30,7 +27,8 @@ struct Race {
   double ns_per_cycle = 0;  // in the same rounds
 };
 
-Race race(const std::vector<Calls>& contestants, const Pace& pace);
+// `title` names the race beside its progress.
+Race race(const std::string& title, const std::vector<Calls>& contestants, const Pace& pace);
 
 class GeometricMean {
  public:
@@ -47,42 +45,20 @@ class GeometricMean {
 class Memory {
  public:
   explicit Memory(size_t bytes);
-  // The next array, `offset` bytes behind an address divisible by 64.
+  // The next array, `offset` bytes behind an address divisible by `alignment`.
   template <class T>
-  T* array(size_t count, size_t offset = 0) {
-    return reinterpret_cast<T*>(take(count * sizeof(T), offset));
+  T* array(size_t count, size_t offset = 0, size_t alignment = 64) {
+    return reinterpret_cast<T*>(take(count * sizeof(T), offset, alignment));
   }
 
  private:
-  unsigned char* take(size_t bytes, size_t offset);
+  unsigned char* take(size_t bytes, size_t offset, size_t alignment);
 
   struct Free {
     void operator()(unsigned char* p) const;
   };
   std::unique_ptr<unsigned char, Free> data_;
   size_t size_, used_ = 0;
-};
-
-// A table that names its own columns: the first line that is neither empty nor begins with '#'.
-Table read_table(const std::filesystem::path& path);
-
-// Lengths in the form 2-16,32,64.
-std::vector<int> parse_sizes(const std::string& text);
-
-// Options --name value, each given once; positional arguments and unknown names are bad input.
-class Options {
- public:
-  struct Option {
-    std::string name, value, help;
-  };
-  explicit Options(std::vector<Option> options) : options_(std::move(options)) {}
-  void parse(int argc, char** argv);
-  const std::string& operator[](const std::string& name) const;
-  double number(const std::string& name) const;
-
- private:
-  std::string usage() const;
-  std::vector<Option> options_;
 };
 
 }  // namespace xfm::bench
