@@ -1,5 +1,7 @@
 #include "audit.h"
 
+#include "fences.h"
+
 namespace xfm::audit {
 namespace {
 
@@ -39,13 +41,16 @@ AuditResult audit(const ElfImage& image, const Expected& expected) {
   const Surroundings around(image, decoder);
   auto body_rules = code_rules();
   for (const auto& rule : flow_rules()) body_rules.push_back(rule);
+  std::map<std::string, Unfenced> unfenced;
   for (const auto& [address, function] : around.functions()) {
     const auto body = analyse(image, decoder, around, function);
     for (const auto& rule : body_rules) rule.check(body, around, result.findings);
+    unfenced[body.name] = unfenced_in(body, around);
     if (!body.code.empty()) result.bodies.push_back(summary_of(body));
   }
   for (const auto& rule : library_rules()) rule.check(image, around, expected, result.findings);
   compare_twins(result.bodies, result.findings);
+  check_fences(unfenced, result.findings);
   return result;
 }
 

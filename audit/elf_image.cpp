@@ -87,7 +87,7 @@ void ElfImage::read_symbols(const Section& table, std::vector<Symbol>& out) cons
 void ElfImage::read_slots(const Section& relocations) {
   for (const auto& entry : records<Elf64_Rela>(relocations.header.sh_offset, relocations.header.sh_size)) {
     const auto type = ELF64_R_TYPE(entry.r_info);
-    if (type != R_X86_64_JUMP_SLOT && type != R_X86_64_GLOB_DAT) continue;
+    if (type != R_X86_64_JUMP_SLOT && type != R_X86_64_GLOB_DAT && type != R_X86_64_64) continue;
     slots_[entry.r_offset] = dynamic_.at(ELF64_R_SYM(entry.r_info)).name;
   }
 }

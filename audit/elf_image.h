@@ -59,6 +59,8 @@ class ElfImage {
 
   // Name of the imported function whose address the loader writes at `slot`, if the slot has one.
   [[nodiscard]] std::optional<std::string> import_of_slot(std::uint64_t slot) const;
+  // All slots that a relocation fills with the address of a named symbol.
+  [[nodiscard]] const std::map<std::uint64_t, std::string>& relocated_symbols() const { return slots_; }
 
  private:
   [[nodiscard]] std::span<const std::uint8_t> file_range(std::uint64_t offset, std::uint64_t size) const;

@@ -1,5 +1,6 @@
 // Rules on how a body runs: its line, its calls, the memory it touches and in which order, its stack.
 #include <algorithm>
+#include <tuple>
 
 #include "rules.h"
 
@@ -31,6 +32,16 @@ bool is_data(const Access& access) { return access.region == Region::Src || acce
 bool is_stack(const Access& access) { return access.region == Region::Stack || access.region == Region::AlignedStack; }
 const char* array_name(Region region) { return region == Region::Src ? "src" : "dst"; }
 
+// From the jump's target on the function only gives back its frame and returns: two lines may share these last steps.
+bool leads_out(const Body& body, const Instruction& jump) {
+  const auto target = std::ranges::find_if(body.code, [&](const Instruction& code) { return code.address == jump.target; });
+  const auto stop = std::find_if(target, body.code.end(), [](const Instruction& code) {
+    const auto kind = code.operation.kind;
+    return code.transfer != Transfer::None || (kind != Kind::Integer && kind != Kind::ZeroUpper);
+  });
+  return stop != body.code.end() && stop->transfer == Transfer::Return;
+}
+
 // One line, or two where the kernel holds both bodies; no loop; after the first access no choice any more.
 void check_straight_line(const Body& body, const Surroundings&, Findings& findings) {
   if (!body.is_straight()) return;
@@ -40,9 +51,12 @@ void check_straight_line(const Body& body, const Surroundings&, Findings& findin
     if (body.trace.reached[i]) report.at(i, "an indirect jump");
   for (const auto i : body.flow.back_edges) report.at(i, "closes a loop");
   if (!body.flow.back_edges.empty()) return;
-  for (const auto& [i, state] : body.trace.before_transfer)
-    if (body.code[i].transfer == Transfer::Branch && state.path.touched)
-      report.at(i, "a branch after the first access");
+  for (const auto& [i, state] : body.trace.before_transfer) {
+    if (!state.path.touched) continue;
+    if (body.code[i].transfer == Transfer::Branch) report.at(i, "a branch after the first access");
+    if (body.code[i].transfer == Transfer::Jump && !leads_out(body, body.code[i]))
+      report.at(i, "a jump after the first access");
+  }
   for (const auto b : body.side_entries)
     report.at(body.flow.blocks[b].first, "a part of the body that is reached without its beginning");
   for (std::size_t i = 0; i < body.code.size(); ++i)
@@ -77,11 +91,14 @@ bool leaves_function(const Body& body, const Instruction& code) {
 // A call of the body: its twin only, with the three arguments as they came and, for a jump, the stack as it was.
 void check_twin_call(const Body& body, std::size_t i, const State& state, Report& report) {
   if (state.path.touched) report.at(i, "a call after the first access");
-  const auto& registers = state.registers;
-  if (registers[7] != Value::address(Region::Src, 0) || registers[6] != Value::address(Region::Dst, 0) ||
-      registers[2] != Value::flag() || (body.is_passes() && registers[1] != Value::address(Region::CallersBuffer, 0)))
-    report.at(i, "the twin does not get the kernel's own arguments");
-  if (body.code[i].transfer != Transfer::Call && registers[4] != Value::address(Region::Stack, 0))
+  const std::tuple<const char*, int, Value> due[] = {{"src", 7, Value::address(Region::Src, 0)},
+                                                     {"dst", 6, Value::address(Region::Dst, 0)},
+                                                     {"flag", 2, Value::flag()},
+                                                     {"buffer", 1, Value::address(Region::CallersBuffer, 0)}};
+  for (const auto& [argument, number, value] : due)
+    if (state.registers[number] != value && (number != 1 || body.is_passes()))
+      report.at(i, std::string("the twin does not get the kernel's own ") + argument);
+  if (body.code[i].transfer != Transfer::Call && state.registers[4] != Value::address(Region::Stack, 0))
     report.at(i, "the stack is not as it was on entry");
 }
 
@@ -152,11 +169,16 @@ void check_frame(const Body& body, const Surroundings&, Findings& findings) {
 // On every way out of a function the upper halves are clean.
 void check_zero_upper(const Body& body, const Surroundings&, Findings& findings) {
   Report report("zero-upper", body, findings);
+  std::set<std::size_t> leaving;
+  for (const auto& block : body.flow.blocks)
+    if (block.leaves) leaving.insert(block.last - 1);
   for (const auto& [i, state] : body.trace.before_transfer) {
     const auto& code = body.code[i];
-    const bool leaves =
-        code.transfer == Transfer::Return || code.transfer == Transfer::Call || leaves_function(body, code);
-    if (leaves && state.upper_dirty) report.at(i, "256-bit work and no vzeroupper before leaving");
+    const char* const way = code.transfer == Transfer::Return   ? "return"
+                            : code.transfer == Transfer::Call   ? "call"
+                            : leaving.contains(i)               ? "jump"
+                                                                : nullptr;
+    if (way != nullptr && state.upper_dirty) report.at(i, std::string("256-bit work and no vzeroupper before the ") + way);
   }
 }
 

@@ -88,6 +88,29 @@ void check_constructors(const ElfImage& image, const Surroundings&, const Expect
       findings.push_back({"constructors", symbol.name, "resolved by code at load time"});
 }
 
+// References among the library's own functions are settled when it is linked: no relocation names one of them.
+void check_binding(const ElfImage& image, const Surroundings& around, const Expected&, Findings& findings) {
+  for (const auto& [slot, symbol] : image.relocated_symbols())
+    if (around.is_own(symbol)) findings.push_back({"binding", symbol, "bound by the loader, at " + hex(slot)});
+}
+
+// What the loader has relocated is read-only from then on, all of it before the first call.
+void check_protection(const ElfImage& image, const Surroundings&, const Expected&, Findings& findings) {
+  const bool now = (image.dynamic_value(DT_FLAGS).value_or(0) & DF_BIND_NOW) != 0 ||
+                   (image.dynamic_value(DT_FLAGS_1).value_or(0) & DF_1_NOW) != 0 || image.dynamic_value(DT_BIND_NOW);
+  if (!now) findings.push_back({"protection", kLibrary, "functions are bound at their first call"});
+  for (const auto& section : image.sections()) {
+    const auto& header = section.header;
+    if (!(header.sh_flags & SHF_WRITE) || !(header.sh_flags & SHF_ALLOC) || header.sh_size == 0) continue;
+    const bool covered = std::ranges::any_of(image.segments(), [&](const Elf64_Phdr& segment) {
+      return segment.p_type == PT_GNU_RELRO && header.sh_addr >= segment.p_vaddr &&
+             header.sh_addr + header.sh_size <= segment.p_vaddr + segment.p_memsz;
+    });
+    const bool other_rule = section.name == ".data" || section.name == ".bss" || (header.sh_flags & SHF_TLS);
+    if (!covered && !other_rule) findings.push_back({"protection", section.name, "stays writable"});
+  }
+}
+
 void check_thread_storage(const ElfImage& image, const Surroundings&, const Expected&, Findings& findings) {
   for (const auto& segment : image.segments())
     if (segment.p_type == PT_TLS) findings.push_back({"thread-storage", kLibrary, "thread-local data"});
@@ -160,6 +183,8 @@ std::vector<LibraryRule> library_rules() {
       {"imports", check_imports},
       {"writable", check_writable},
       {"constructors", check_constructors},
+      {"binding", check_binding},
+      {"protection", check_protection},
       {"thread-storage", check_thread_storage},
       {"text-relocations", check_text_relocations},
       {"executable-stack", check_executable_stack},

@@ -1,7 +1,7 @@
-# Complex kernels by other choices than those in use, for timing them against these: the split form throughout; no real lanes.
-#   cmake --build --preset release --target bench_dft xfm_split_form xfm_no_real_lanes
+# Complex kernels by other choices than those in use, for timing them against these: the split form throughout; no half spectra.
+#   cmake --build --preset release --target bench_dft xfm_split_form xfm_complex_bins
 #   build/release/bench/bench_dft --only Fwd_CToC_32fc --rivals none --against build/release/bench/libxfm_split_form.so
-#   build/release/bench/bench_dft --only Fwd_CToC --rivals none --against build/release/bench/libxfm_no_real_lanes.so
+#   build/release/bench/bench_dft --only Fwd_CToC --rivals none --against build/release/bench/libxfm_complex_bins.so
 set(tables ${PROJECT_SOURCE_DIR}/plans/functions.tsv ${PROJECT_SOURCE_DIR}/plans/complex_plans.tsv ${PROJECT_SOURCE_DIR}/plans/lane_blocks.tsv)
 
 function(add_choice name choice)
@@ -15,4 +15,4 @@ function(add_choice name choice)
   target_link_libraries(xfm_${name} PRIVATE xfm_headers)
 endfunction()
 add_choice(split_form split 32fc)
-add_choice(no_real_lanes no-real-lanes 32fc 64fc)
+add_choice(complex_bins complex-bins 32fc 64fc)

@@ -29,7 +29,7 @@ class Network {
   Value negate(Value a);
   Value mul(Value a, Real constant);
   Value mul(Value a, Value b);
-  Value op(Op kind, Type type, int a, int b = -1, int imm = 0) { return {program_.emit({kind, type, a, b, imm}), false}; }
+  Value op(Op kind, Type type, int a, int b = -1, int imm = 0) { return {program_.emit({.op = kind, .type = type, .a = a, .b = b, .imm = imm}), false}; }
   Value load(int source, int cell) { return load(type_, source, cell); }
   Value load(Type type, int source, int cell);
   void store(Value v, int target, int cell);

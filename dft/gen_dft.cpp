@@ -1,11 +1,12 @@
 // Writes one unit of complex kernels: gen_dft functions.tsv complex_plans.tsv lane_blocks.tsv report.tsv DISPATCHER output.cpp
-// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:no-real-lanes no plan in
-// real lanes, for comparing them.
+// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:complex-bins no half spectra
+// between stages, for comparing them.
 #include <filesystem>
 #include <string>
 
 #include "dft/kernels.h"
 #include "generator/check.h"
+#include "generator/core.h"
 #include "generator/functions.h"
 #include "generator/program.h"
 #include "generator/table.h"
@@ -16,13 +17,15 @@ namespace xfm {
 namespace {
 
 std::string plan_of(const ComplexRow& row) {
-  return row.text + (row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "");
+  const std::string by = row.plan.plan.length > 1 && to_text(row.plan.plan) != row.text ? " by " + to_text(row.plan.plan) : "";
+  const char* const spectra[] = {"", " in blocks of half spectra", " in half spectra"};
+  return row.text + by + spectra[static_cast<int>(row.plan.flow)];
 }
 
 Choice choice_named(const std::string& name) {
   if (name == "split") return {.form = Form::Split};
   if (name == "interleaved") return {.form = Form::Interleaved};
-  if (name == "no-real-lanes") return {.real_lanes = false};
+  if (name == "complex-bins") return {.flow = Flow::Complex};
   throw InputError("unknown choice '" + name + "'");
 }
 
@@ -32,7 +35,7 @@ std::string report_line(const Function& f, const ComplexRow& row, const ComplexB
   std::snprintf(cycles, sizeof cycles, "%.1f", use.cycles());
   std::string line = f.name + "\t" + plan_of(row) + "\t" + describe(body);
   for (int n : {body.counts.additions, body.counts.multiplications, row.reference.additions, row.reference.multiplications, use.adds,
-                use.muls, use.shuffles + use.crossings, use.loads, use.stores})
+                use.muls, use.moves(), use.loads, use.stores})
     line += "\t" + std::to_string(n);
   return line + "\t" + cycles + "\t" + (row.reason.empty() ? "-" : row.reason) + "\n";
 }

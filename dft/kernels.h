@@ -23,7 +23,7 @@ struct ComplexBody {
 // What to choose from, for timing one choice against another.
 struct Choice {
   std::optional<Form> form = {};  // only this one, where a size has several
-  bool real_lanes = true;
+  std::optional<Flow> flow = {};  // instead of the row's
 };
 
 // Builds the body of one size and direction (sign -1 forward, +1 inverse); throws InputError where the counts of the

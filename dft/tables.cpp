@@ -1,5 +1,6 @@
 #include "dft/tables.h"
 
+#include <algorithm>
 #include <charconv>
 #include <set>
 
@@ -26,12 +27,7 @@ Plan plan_in(const TableRow& row, std::string_view column, int length) {
   return plan;
 }
 
-bool is_odd_prime(int n) {
-  if (n < 3 || n % 2 == 0) return false;
-  for (int d = 3; d * d <= n; d += 2)
-    if (n % d == 0) return false;
-  return true;
-}
+bool is_odd_prime(int n) { return n > 2 && is_prime(n); }
 
 BlockForm form_named(const TableRow& row, const std::string& name) {
   if (name == "direct") return BlockForm::Direct;
@@ -56,6 +52,22 @@ BlockForms forms_in(const TableRow& row) {
   return forms;
 }
 
+Flow flow_in(const TableRow& row) {
+  if (row["flow"] == "complex") return Flow::Complex;
+  if (row["flow"] == "half-blocks") return Flow::HalfBlocks;
+  if (row["flow"] == "half") return Flow::Half;
+  row.fail("unknown flow '" + row["flow"] + "'");
+}
+
+// Half spectra go from stage to stage of a link, in the blocks of a flow with half-blocks.
+void check_flow(const TableRow& row, const ComplexPlan& plan) {
+  const std::vector<Plan>& parts = plan.plan.parts;
+  const bool inner = std::any_of(parts.begin(), parts.end(), [](const Plan& part) { return part.link(); });
+  const bool changes = plan.flow == Flow::Half ? plan.method == ComplexPlan::Method::Linked && plan.plan.link() : inner;
+  if (plan.flow != Flow::Complex && (!changes || plan.forms.any(BlockForm::RaderComplex)))
+    row.fail("the flow '" + row["flow"] + "' has nothing to change in this plan");
+}
+
 void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
   if (plan.parts.empty()) blocks.push_back(&plan);
   for (const Plan& part : plan.parts) collect_blocks(part, blocks);
@@ -71,7 +83,7 @@ std::multiset<int> block_lengths(const Plan& plan) {
 
 ComplexPlan method_in(const TableRow& row, int length) {
   const std::string& name = row["plan"];
-  ComplexPlan plan{length, ComplexPlan::Method::Linked, {}, forms_in(row)};
+  ComplexPlan plan{length, ComplexPlan::Method::Linked, flow_in(row), {}, forms_in(row)};
   if (name == "direct") {
     plan.method = ComplexPlan::Method::Direct;
   } else if (name == "real-lane") {
@@ -94,6 +106,7 @@ ComplexPlan method_in(const TableRow& row, int length) {
   const bool closed = plan.method == ComplexPlan::Method::Direct || plan.method == ComplexPlan::Method::RealLane;
   if (closed && row["runs"] != "-") row.fail("'" + name + "' runs no plan");
   if (plan.method != ComplexPlan::Method::Linked && !is_odd_prime(length)) row.fail(std::to_string(length) + " is not an odd prime");
+  check_flow(row, plan);
   return plan;
 }
 
@@ -155,7 +168,7 @@ const ComplexRow& ComplexTables::row(int precision, int length) const {
 
 ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std::filesystem::path& lane_blocks) {
   ComplexTables tables;
-  const Table rows = Table::read(plans, {"N", "precision", "plan", "runs", "forms", "A", "M", "built A", "built M", "reason"});
+  const Table rows = Table::read(plans, {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
   for (const TableRow& row : rows.rows()) {
     const int length = row.integer("N"), precision = row.integer("precision");
     if (length < kSmallest || length > kLargest) row.fail("length out of range");

@@ -6,7 +6,7 @@
 #include <numeric>
 #include <span>
 
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 #include "generator/check.h"
 #include "generator/passes.h"
 
@@ -40,7 +40,7 @@ class Builder {
   Points transform(const Points& x) {
     switch (plan_.method) {
       case ComplexPlan::Method::Linked:
-        if (placement_ == Placement::RealLane)
+        if (plan_.flow == Flow::Half)
           return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
         return linked(plan_.plan, {x}, sign_, true)[0];
       case ComplexPlan::Method::Direct:
@@ -84,8 +84,7 @@ class Builder {
   }
 
   std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
-    const bool real_lane = placement_ == Placement::RealLane || placement_ == Placement::RealLaneBlocks;
-    if (real_lane && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
+    if (plan_.flow != Flow::Complex && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 
@@ -237,9 +236,7 @@ class Builder {
     const Ref fed = g_.add(on_lane(x[0], bins[0].lane), bins[0].ref);
     for (Point& b : bins)
       if (b.ref.node == dc) b.ref = fed;
-    const int start = g_.size();
     const Points c = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
-    g_.freeze_all_since(start);
     const int inverse_root = power_mod(root, p - 2, p);
     for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
     return y;

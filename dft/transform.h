@@ -7,15 +7,20 @@
 #include <string>
 #include <vector>
 
-#include "dft/blocks.h"
+#include "flows/blocks.h"
 #include "generator/graph.h"
 
 namespace xfm {
+
+// What stands between the stages of a plan: complex bins; or, where it saves rotations, half spectra of the real and of the
+// imaginary parts, in those of its blocks that are plans themselves or throughout.
+enum class Flow { Complex, HalfBlocks, Half };
 
 struct ComplexPlan {
   enum class Method { Direct, Linked, RaderComplex, RealLane, Bluestein };
   int length = 0;
   Method method = Method::Linked;
+  Flow flow = Flow::Complex;
   Plan plan;  // of the length itself, of a Rader's inner transform, of a chirp convolution
   BlockForms forms;
 };
@@ -23,9 +28,7 @@ struct ComplexPlan {
 // How the blocks of a stage are put on lanes.
 enum class Placement {
   Nested,     // a vector holds the same point of several blocks and keeps to them through all their inner stages
-  Flattened,  // every stage fills vectors with all its blocks, whichever outer block they belong to
-  RealLaneBlocks,  // as Nested, the blocks that are plans themselves in real-lane form
-  RealLane,        // one lane: the whole plan in real-lane form
+  Flattened,  // every stage fills vectors with all its blocks, whichever outer block they belong to; not for half spectra
 };
 
 struct LanedTransform {

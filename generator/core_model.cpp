@@ -7,9 +7,8 @@ namespace xfm {
 
 namespace {
 
-constexpr unsigned kMultiply = 0b00011, kAdd = 0b01100, kShuffle = 0b00110, kCross = 0b00100, kAny = 0b01111, kStore = 0b10000;
-constexpr int kRegisters = 15;  // one holds the scale
-constexpr int kLoadLatency = 8, kLoadsPerCycle = 2, kPerCycle = 6, kQueue = 64, kInFlight = 256, kPrologue = 12;
+using namespace core;
+
 constexpr int kNever = 1 << 28;
 
 struct MicroOp {
@@ -22,8 +21,8 @@ struct MicroOp {
 // The micro-operations of a body: registers are taken from the value that is needed last.
 class BodyStream {
  public:
-  BodyStream(const Program& program, const std::vector<int>& order)
-      : insts_(program.insts()), order_(order), uses_(insts_.size()), made_by_(insts_.size(), -1), in_register_(insts_.size()),
+  BodyStream(const Program& program, const std::vector<int>& order, size_t registers)
+      : insts_(program.insts()), order_(order), most_(registers), uses_(insts_.size()), made_by_(insts_.size(), -1), in_register_(insts_.size()),
         on_stack_(insts_.size()), stores_(order.size()) {
     find_uses(program);
   }
@@ -33,7 +32,7 @@ class BodyStream {
     for (int at = 0; at < static_cast<int>(order_.size()); ++at) {
       drop_dead(at);
       step(order_[at], at);
-      for (int value : stores_[at]) body_.push_back({kStore, 1, false, {made_by_[value]}});
+      for (int value : stores_[at]) body_.push_back({kStorePort, 1, false, {made_by_[value]}});
     }
     return std::move(body_);
   }
@@ -54,8 +53,7 @@ class BodyStream {
       stores_[at].push_back(s.value);
     }
     for (int at = 0; at < static_cast<int>(order_.size()); ++at)
-      for (int operand : {insts_[order_[at]].a, insts_[order_[at]].b})
-        if (operand >= 0 && !is_leaf(insts_[operand].op)) uses_[operand].push_back(at);
+      each_operand(insts_, order_[at], [&](int operand) { uses_[operand].push_back(at); });
     for (std::vector<int>& uses : uses_) std::sort(uses.rbegin(), uses.rend());
   }
 
@@ -75,11 +73,11 @@ class BodyStream {
 
   void hold(int value, int at) {
     if (next_use(value, at) == kNever) return;
-    if (registers_.size() == kRegisters) {
+    if (registers_.size() == most_) {
       const auto last = std::max_element(registers_.begin(), registers_.end(),
                                          [&](int a, int b) { return next_use(a, at) < next_use(b, at); });
       if (next_use(*last, at) != kNever && !on_stack_[*last] && !folds(insts_[*last])) {
-        body_.push_back({kStore, 1, false, {made_by_[*last]}});
+        body_.push_back({kStorePort, 1, false, {made_by_[*last]}});
         made_by_[*last] = static_cast<int>(body_.size()) - 1;
         on_stack_[*last] = 1;
       }
@@ -94,8 +92,8 @@ class BodyStream {
   void step(int value, int at) {
     const Inst& inst = insts_[value];
     if (folds(inst) && uses_[value].size() == 1) return;
-    MicroOp op{ports(inst), latency(inst), is_load(inst.op)};
-    for (int operand : {inst.a, inst.b})
+    MicroOp op{ports(inst.op), cost(inst.op).latency, is_load(inst.op)};
+    for (int operand : {inst.a, inst.b, inst.c})
       if (operand >= 0) use(op, operand, at);
     hold(value, at + 1);
     body_.push_back(op);
@@ -125,6 +123,7 @@ class BodyStream {
 
   const std::vector<Inst>& insts_;
   const std::vector<int>& order_;
+  const size_t most_;
   std::vector<std::vector<int>> uses_;
   std::vector<int> made_by_;  // the operation whose end a user waits for: of the value, of its store, of its reload
   std::vector<char> in_register_, on_stack_;
@@ -169,7 +168,7 @@ class Pipeline {
       const unsigned free = op.ports & ~busy;
       if (!free || ready_[id] > cycle_ || sources_done(id) > cycle_) return false;
       // Ports that shuffle are left for shuffles where another will do.
-      const unsigned port = free & ~kShuffle ? free & ~kShuffle : free;
+      const unsigned port = free & ~kShufflePorts ? free & ~kShufflePorts : free;
       busy |= port & -port;
       finish(id, cycle_ + op.latency);
       return true;
@@ -206,47 +205,8 @@ class Pipeline {
 
 }  // namespace
 
-int latency(const Inst& inst) {
-  switch (inst.op) {
-    case Op::Load:
-    case Op::LoadPair:
-    case Op::LoadDup:
-    case Op::Broadcast: return kLoadLatency;
-    case Op::LoadHigh: return 1;  // beside that of its load
-    case Op::Add:
-    case Op::Sub:
-    case Op::AddSub:
-    case Op::Mul:
-    case Op::Halves:
-    case Op::Join:
-    case Op::HighHalf:
-    case Op::Widen:
-    case Op::Narrow: return 3;
-    default: return 1;
-  }
-}
-
-unsigned ports(const Inst& inst) {
-  switch (inst.op) {
-    case Op::Load:
-    case Op::LoadPair:
-    case Op::LoadDup:
-    case Op::Broadcast:
-    case Op::LowHalf: return 0;
-    case Op::Mul: return kMultiply;
-    case Op::Add:
-    case Op::Sub:
-    case Op::AddSub:
-    case Op::Widen:
-    case Op::Narrow: return kAdd;
-    case Op::Halves: return kCross;
-    case Op::Blend: return kAny;
-    default: return kShuffle;
-  }
-}
-
-double cycles_per_call(const Program& program, const std::vector<int>& order) {
-  const std::vector<MicroOp> body = BodyStream(program, order).run();
+double cycles_per_call(const Program& program, const std::vector<int>& order, int registers) {
+  const std::vector<MicroOp> body = BodyStream(program, order, registers - 1).run();  // one holds the scale
   return Pipeline(body).cycles_per_call();
 }
 

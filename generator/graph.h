@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "generator/label.h"
 #include "generator/number.h"
 
 namespace xfm {
@@ -70,8 +71,7 @@ struct Node {
   std::vector<int> cells = {};     // Input: element of the source for every lane, -1 where the lane is empty
   std::vector<Term> terms = {};    // Sum: coefficients normalised so that none is negative
   std::vector<Point> points = {};  // Regroup: where every lane comes from
-  bool mergeable = true;  // its constants may move into the products that use it
-  bool exempt = false;    // stays mergeable whatever is frozen around it
+  Label label = {};       // empty for an input
 
   bool has_products() const;
 };
@@ -98,10 +98,21 @@ class Graph {
   // The vector with the given lanes; a whole vector in its own order is itself.
   Ref regroup(const std::vector<Point>& points);
 
-  // Nodes made since `first` keep their constants to themselves when constants are merged, but for exempt ones.
-  void freeze_since(int first);
-  void freeze_all_since(int first);
-  void exempt_since(int first);
+  // An iteration of a loop of the flow: sums made while it stands carry it in their labels.
+  class Loop {
+   public:
+    Loop(Graph& graph, std::string name, int iteration = 0) : Loop(graph, Label{{std::move(name), iteration}}) {}
+    // As if within the loops of a label.
+    Loop(Graph& graph, const Label& label);
+    ~Loop();
+    Loop(const Loop&) = delete;
+
+   private:
+    Graph& graph_;
+    size_t outer_;
+  };
+  // Numbers the parts of an iteration that have loops of their own.
+  int next_in_loop() { return ++made_.back(); }
 
  private:
   using Key = std::vector<std::pair<__int128, __int128>>;
@@ -110,6 +121,8 @@ class Graph {
   int lanes_;
   std::vector<Node> nodes_;
   std::map<Key, Ref> known_;
+  Label loops_;
+  std::vector<int> made_{0};  // by open loop: sums asked for so far
 };
 
 }  // namespace xfm

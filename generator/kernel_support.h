@@ -20,6 +20,12 @@ struct Aligned {
   XFM_INLINE void store(float* p, __m256 v) { _mm256_store_ps(p, v); }
   XFM_INLINE void store(double* p, __m128d v) { _mm_store_pd(p, v); }
   XFM_INLINE void store(double* p, __m256d v) { _mm256_store_pd(p, v); }
+#ifdef __AVX512F__
+  XFM_INLINE __m512 load16(const float* p) { return _mm512_load_ps(p); }
+  XFM_INLINE __m512d load8(const double* p) { return _mm512_load_pd(p); }
+  XFM_INLINE void store(float* p, __m512 v) { _mm512_store_ps(p, v); }
+  XFM_INLINE void store(double* p, __m512d v) { _mm512_store_pd(p, v); }
+#endif
 };
 
 struct Unaligned {
@@ -31,6 +37,12 @@ struct Unaligned {
   XFM_INLINE void store(float* p, __m256 v) { _mm256_storeu_ps(p, v); }
   XFM_INLINE void store(double* p, __m128d v) { _mm_storeu_pd(p, v); }
   XFM_INLINE void store(double* p, __m256d v) { _mm256_storeu_pd(p, v); }
+#ifdef __AVX512F__
+  XFM_INLINE __m512 load16(const float* p) { return _mm512_loadu_ps(p); }
+  XFM_INLINE __m512d load8(const double* p) { return _mm512_loadu_pd(p); }
+  XFM_INLINE void store(float* p, __m512 v) { _mm512_storeu_ps(p, v); }
+  XFM_INLINE void store(double* p, __m512d v) { _mm512_storeu_pd(p, v); }
+#endif
 };
 
 XFM_INLINE bool misaligned(const void* p, unsigned bytes) {

@@ -15,12 +15,12 @@ class LatencyWindow {
         path_(insts_.size()) {
     for (int i : order) operands(i, [&](int o) { ++users_[o]; });
     for (auto i = order.rbegin(); i != order.rend(); ++i)
-      operands(*i, [&](int o) { path_[o] = std::max(path_[o], path_[*i] + latency(insts_[*i])); });
+      operands(*i, [&](int o) { path_[o] = std::max(path_[o], path_[*i] + cost(insts_[*i].op).latency); });
   }
 
   std::vector<int> run() {
     while (!pending_.empty()) {
-      const auto next = started_ < kPerCycle ? best() : pending_.end();
+      const auto next = started_ < core::kPerCycle ? best() : pending_.end();
       if (next == pending_.end()) {
         ++cycle_;
         busy_ = 0;
@@ -34,17 +34,13 @@ class LatencyWindow {
   }
 
  private:
-  static constexpr int kPerCycle = 6;
-
   template <class F>
   void operands(int i, F visit) const {
-    const int a = insts_[i].a, b = insts_[i].b;
-    if (a >= 0 && !is_leaf(insts_[a].op)) visit(a);
-    if (b >= 0 && b != a && !is_leaf(insts_[b].op)) visit(b);
+    each_operand(insts_, i, visit);
   }
 
   bool ready(int i) const {
-    bool all = (ports(insts_[i]) & ~busy_) != 0 || ports(insts_[i]) == 0;
+    bool all = (ports(insts_[i].op) & ~busy_) != 0 || ports(insts_[i].op) == 0;
     operands(i, [&](int o) { all = all && done_[o] >= 0 && done_[o] <= cycle_; });
     return all;
   }
@@ -70,10 +66,10 @@ class LatencyWindow {
   }
 
   void start(int i) {
-    const unsigned free = ports(insts_[i]) & ~busy_;
+    const unsigned free = ports(insts_[i].op) & ~busy_;
     busy_ |= free & -free;
     ++started_;
-    done_[i] = cycle_ + latency(insts_[i]);
+    done_[i] = cycle_ + cost(insts_[i].op).latency;
     live_ += growth(i) - (users_[i] == 0);
     operands(i, [&](int o) { --users_[o]; });
     order_.push_back(i);

@@ -6,35 +6,53 @@
 
 namespace xfm {
 
-int width(Type type) {
-  switch (type) {
-    case Type::F32:
-    case Type::F64: return 1;
-    case Type::F64x2: return 2;
-    case Type::F32x4:
-    case Type::F64x4: return 4;
-    case Type::F32x8: return 8;
-  }
-  return 0;
+namespace {
+
+struct TypeRow {
+  int width;
+  bool single;
+  const char* name;
+};
+
+const TypeRow& row(Type type) {
+  static constexpr TypeRow kRows[] = {{1, true, "float"},  {1, false, "double"},  {4, true, "__m128"},  {2, false, "__m128d"},
+                                      {8, true, "__m256"}, {4, false, "__m256d"}, {16, true, "__m512"}, {8, false, "__m512d"}};
+  return kRows[static_cast<int>(type)];
 }
 
-bool single_precision(Type type) { return type == Type::F32 || type == Type::F32x4 || type == Type::F32x8; }
+}  // namespace
 
-std::string type_name(Type type) {
-  switch (type) {
-    case Type::F32: return "float";
-    case Type::F64: return "double";
-    case Type::F32x4: return "__m128";
-    case Type::F64x2: return "__m128d";
-    case Type::F32x8: return "__m256";
-    case Type::F64x4: return "__m256d";
+int width(Type type) { return row(type).width; }
+bool single_precision(Type type) { return row(type).single; }
+std::string type_name(Type type) { return row(type).name; }
+
+Type vector_type(bool single, int lanes) {
+  const auto found = std::ranges::find_if(kTypes, [&](Type t) { return single_precision(t) == single && width(t) == lanes; });
+  check(found != std::end(kTypes), "a register type of " + std::to_string(lanes) + " lanes");
+  return *found;
+}
+
+bool is_load(Op op) {
+  switch (op) {
+    case Op::Load:
+    case Op::LoadPart:
+    case Op::LoadPair:
+    case Op::LoadHigh:
+    case Op::LoadLane:
+    case Op::LoadDup:
+    case Op::Broadcast: return true;
+    default: return false;
   }
-  return {};
 }
 
 int Program::emit(const Inst& inst) {
   const auto [place, fresh] = known_.try_emplace(inst, static_cast<int>(insts_.size()));
-  if (fresh) insts_.push_back(inst);
+  ++step_;
+  if (fresh) {
+    insts_.push_back(inst);
+    labels_.push_back(label_);
+    if (!label_.empty()) labels_.back().push_back({"/" + std::to_string(step_)});
+  }
   return place->second;
 }
 
@@ -48,44 +66,27 @@ int Program::constant(Type type, std::vector<Real> lanes) {
   return emit({.op = Op::Constant, .type = type, .imm = place->second});
 }
 
-double PortUse::cycles() const {
-  const double all = adds + muls + shuffles + crossings + loads + stores + others;
-  return std::max({adds / 2.0, muls / 2.0, (adds + muls) / 3.0, crossings + shuffles / 2.0, loads / 3.0, stores / 2.0,
-                   all / 6.0});
+int Program::pick(Type type, int a, int b, std::vector<int> pattern) {
+  const int limit = (b < 0 ? 1 : 2) * width(type);
+  check(static_cast<int>(pattern.size()) == width(type), "a pattern names a lane for every lane");
+  check(std::ranges::all_of(pattern, [&](int l) { return l >= 0 && l < limit; }), "a pattern names lanes of its operands");
+  const auto known = std::ranges::find(patterns_, pattern);
+  const int imm = static_cast<int>(known - patterns_.begin());
+  if (known == patterns_.end()) patterns_.push_back(std::move(pattern));
+  return emit({.op = Op::Pick, .type = type, .a = a, .b = b, .imm = imm});
 }
 
-PortUse port_use(const Program& program) {
-  PortUse use;
-  for (const Inst& i : program.insts()) {
-    switch (i.op) {
-      case Op::Load:
-      case Op::LoadPair:
-      case Op::LoadDup:
-      case Op::Broadcast: ++use.loads; break;
-      case Op::LoadHigh: ++use.loads, ++use.shuffles; break;
-      case Op::Add:
-      case Op::Sub:
-      case Op::AddSub: ++use.adds; break;
-      case Op::Mul: ++use.muls; break;
-      case Op::Shuffle:
-      case Op::Permute:
-      case Op::PairShuffle: ++use.shuffles; break;
-      case Op::UnpackLow:
-      case Op::UnpackHigh:
-      case Op::Halves:
-      case Op::Join:
-      case Op::HighHalf:
-      case Op::Widen:
-      case Op::Narrow: ++use.crossings; break;
-      case Op::Blend: ++use.others; break;
-      case Op::LowHalf:
-      case Op::Constant:
-      case Op::Scale:
-      case Op::Zero: break;
-    }
-  }
-  use.stores = static_cast<int>(program.stores().size());
-  return use;
+int Program::signed_add(Type type, int a, int b, const std::vector<int>& signs) {
+  check(std::ranges::all_of(signs, [](int s) { return s == 1 || s == -1; }), "a sign is 1 or -1");
+  return emit({.op = Op::SignedAdd, .type = type, .a = a, .b = b, .c = constant(type, {signs.begin(), signs.end()})});
+}
+
+const std::vector<Real>& Program::lanes(const Inst& constant) const {
+  int entry = constant.imm;
+  for (const PoolEntry& e : pool_)
+    if (e.type == constant.type && entry-- == 0) return e.lanes;
+  check(false, "a constant stands in the pool");
+  return pool_.front().lanes;
 }
 
 }  // namespace xfm

@@ -43,6 +43,11 @@ Counts count(const Graph& g, std::span<const Ref> outputs) {
 std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,
                            std::span<const Ref> feed) {
   std::vector<std::vector<Term>> uses(g.size());
+  std::vector<OperandLabel> labels(g.size());  // a node of the result does what the users of its original did
+  const auto made = [&](int i) {
+    const Graph::Loop loop(target, labels[i].empty() ? g[i].label : labels[i].label());
+    return target.lin(uses[i]);
+  };
   for (size_t i = 0; i < outputs.size(); ++i)
     if (outputs[i]) uses[outputs[i].node].push_back({1, feed[i].turned(outputs[i].turn)});
   std::vector<char> end(g.size());
@@ -50,11 +55,14 @@ std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::spa
   for (int i = g.size() - 1; i >= 0; --i) {
     if (uses[i].empty() || end[i]) continue;
     check(g[i].kind == Node::Kind::Sum, "a transposed network ends at its inputs");
-    const Ref value = target.lin(uses[i]);
-    for (const Term& t : g[i].terms) uses[t.ref.node].push_back({t.coef, value.turned(t.ref.turn)});
+    const Ref value = made(i);
+    for (int place = 0; const Term& t : g[i].terms) {
+      uses[t.ref.node].push_back({t.coef, value.turned(t.ref.turn)});
+      labels[t.ref.node].taken_by(g[i].label, place++);
+    }
   }
   std::vector<Ref> result;
-  for (int i : inputs) result.push_back(target.lin(uses[i]));
+  for (int i : inputs) result.push_back(made(i));
   return result;
 }
 
@@ -67,8 +75,7 @@ struct Use {
 
 class Merger {
  public:
-  Merger(const Graph& g, std::span<const Ref> outputs, Merge merge)
-      : g_(g), merge_(merge), terms_(g.size()), output_(g.size()) {
+  Merger(const Graph& g, std::span<const Ref> outputs) : g_(g), terms_(g.size()), output_(g.size()) {
     live_ = live_nodes(g, outputs);
     for (int i : live_) terms_[i] = g[i].terms;
     for (Ref r : outputs)
@@ -116,6 +123,7 @@ class Merger {
       } else {
         std::vector<Term> terms = terms_[i];
         for (Term& t : terms) t.ref = renewed(t.ref);
+        const Graph::Loop loop(out, n.label);
         made[i] = out.lin(terms);
       }
     }
@@ -125,12 +133,8 @@ class Merger {
 
  private:
   bool may_move(int v, const std::vector<Use>& uses) const {
-    if (!g_[v].mergeable || output_[v] || terms_[v].empty() || uses.empty()) return false;
-    for (const Term& t : terms_[v])
-      if (t.coef.unit()) return false;
-    for (const Use& u : uses)
-      if (!u.product) return false;
-    return uses.size() == 1 || (merge_ == Merge::Products && terms_[v].size() == 1);
+    if (output_[v] || terms_[v].empty() || uses.size() != 1 || !uses[0].product) return false;
+    return std::none_of(terms_[v].begin(), terms_[v].end(), [](const Term& t) { return t.coef.unit(); });
   }
 
   bool shares_operand(int user, int v) const {
@@ -153,7 +157,6 @@ class Merger {
   }
 
   const Graph& g_;
-  Merge merge_;
   std::vector<std::vector<Term>> terms_;
   std::vector<char> output_;
   std::vector<int> live_;
@@ -161,8 +164,8 @@ class Merger {
 
 }  // namespace
 
-Graph merge_constants(const Graph& g, std::vector<Ref>& outputs, Merge merge) {
-  Merger merger(g, outputs, merge);
+Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
+  Merger merger(g, outputs);
   while (merger.round()) {
   }
   return merger.result(outputs);

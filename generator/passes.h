@@ -25,10 +25,8 @@ Counts count(const Graph& g, std::span<const Ref> outputs);
 std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,
                            std::span<const Ref> feed);
 
-// A sum of products that is used once, by a constant product, gives its constants to that product; with
-// `Merge::Products` a single product used by products only does so for all of them. Repeats until nothing moves;
-// `outputs` become those of the result.
-enum class Merge { SingleUse, Products };
-Graph merge_constants(const Graph& g, std::vector<Ref>& outputs, Merge merge = Merge::Products);
+// A sum of products that is used once, by a constant product, gives its constants to that product. Repeats until nothing
+// moves; `outputs` become those of the result.
+Graph merge_constants(const Graph& g, std::vector<Ref>& outputs);
 
 }  // namespace xfm

@@ -39,8 +39,7 @@ class Scheduler {
  private:
   template <class F>
   void operands(int i, F visit) const {
-    for (int o : {p_.insts()[i].a, p_.insts()[i].b})
-      if (o >= 0 && !is_leaf(p_.insts()[o].op)) visit(o);
+    each_operand(p_.insts(), i, visit);
   }
 
   void find_needed() {
@@ -56,9 +55,7 @@ class Scheduler {
       operands(i, need);
     }
     for (size_t i = 0; i < needed_.size(); ++i)
-      if (needed_[i]) operands(static_cast<int>(i), [&](int o) {
-          if (users_[o].empty() || users_[o].back() != static_cast<int>(i)) users_[o].push_back(static_cast<int>(i));
-        });
+      if (needed_[i]) operands(static_cast<int>(i), [&](int o) { users_[o].push_back(static_cast<int>(i)); });
   }
 
   // Splits a topologically ordered set and orders its parts one behind the other.
@@ -172,18 +169,18 @@ class Scheduler {
 
 }  // namespace
 
-std::vector<int> schedule(const Program& program) {
+std::vector<int> schedule(const Program& program, int registers) {
   std::vector<int> best;
   double least = 0;
   const auto consider = [&](std::vector<int> order) {
-    const double cycles = cycles_per_call(program, order);
+    const double cycles = cycles_per_call(program, order, registers);
     if (best.empty() || cycles < least) least = cycles, best = std::move(order);
   };
   for (Cut cut : {Cut::Alternating, Cut::Balanced, Cut::None}) {
     const std::vector<int> order = Scheduler(program, cut).order();
     consider(order);
-    for (int operations : {16, 32, 64})
-      for (int live : {10, 14}) consider(fill_latencies(program, order, {operations, live}));
+    for (int operations : core::kWindows)
+      for (int spare : core::kSpares) consider(fill_latencies(program, order, {operations, registers - spare}));
   }
   return best;
 }

@@ -9,11 +9,11 @@
 
 #include <vector>
 
-#include "generator/machine.h"
+#include "generator/core_model.h"
 
 namespace xfm {
 
 // The operations in order; stores are not among them (each follows its value, but not before the last load).
-std::vector<int> schedule(const Program& program);
+std::vector<int> schedule(const Program& program, int registers = kRegisters);
 
 }  // namespace xfm

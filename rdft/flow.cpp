@@ -171,7 +171,7 @@ void choose_wide_sums(Flow& flow, const Recipe& recipe) {
 Flow make_flow(const Recipe& recipe) {
   Network net = network(recipe);
   Flow flow;
-  flow.graph = merge_constants(net.graph, net.outputs, Merge::SingleUse);
+  flow.graph = merge_constants(net.graph, net.outputs);
   flow.outputs = net.outputs;
   flow.wide.resize(flow.graph.size());
   flow.doubled.resize(recipe.length);

@@ -29,6 +29,13 @@ class Arithmetic {
   Arithmetic(Program& program, Precision precision)
       : p_(program), type_(precision == Precision::Single ? Type::F32 : Type::F64) {}
 
+  // Operations emitted from now on do what belongs to this step of a node.
+  void set_label(const Label& node, const std::string& step) {
+    label_ = node;
+    if (!label_.empty()) label_.push_back({step});
+    p_.set_label(label_);
+  }
+
   Held load(int cell) { return {p_.emit({.op = Op::Load, .type = type_, .cell = cell})}; }
   Held twice(Held a) { return {binary(Op::Mul, type_, a.value, p_.constant(type_, {2}))}; }
   Held add(Held a, Held b) { return {binary(Op::Add, type_, a.value, b.value)}; }
@@ -37,6 +44,15 @@ class Arithmetic {
   Held scaled(Held a) { return {binary(Op::Mul, type_, scale(), a.value)}; }
 
   Open widen(Held a) { return {wide() ? a.value : convert(Op::Widen, Type::F64, a.value)}; }
+  // A node is widened once for all steps that use it.
+  Open widen(Held a, const Label& node) {
+    const Label label = label_;
+    set_label(node, "widen");
+    const Open wide = widen(a);
+    label_ = label;
+    p_.set_label(label_);
+    return wide;
+  }
   Open product(Real c, Open a) { return {binary(Op::Mul, Type::F64, p_.constant(Type::F64, {c}), a.value)}; }
   Open add(Open a, Open b) { return {binary(Op::Add, Type::F64, a.value, b.value)}; }
   Open sub(Open a, Open b) { return {binary(Op::Sub, Type::F64, a.value, b.value)}; }
@@ -57,17 +73,24 @@ class Arithmetic {
 
   Program& p_;
   Type type_;
+  Label label_;
 };
 
 // Adds and subtracts the terms one after the other, beginning with the first that is not subtracted.
 template <class T, class Operand>
-T chain(Arithmetic& math, const std::vector<Term>& terms, Operand operand) {
+T chain(Arithmetic& math, const Node& node, Operand operand) {
+  const std::vector<Term>& terms = node.terms;
+  const auto value = [&](size_t i) {
+    math.set_label(node.label, "term " + std::to_string(i));
+    return operand(terms[i]);
+  };
   size_t first = 0;
   while (terms[first].ref.turn != 0) ++first;
-  T sum = operand(terms[first]);
-  for (size_t i = 0; i < terms.size(); ++i) {
+  T sum = value(first);
+  for (size_t i = 0, step = 0; i < terms.size(); ++i) {
     if (i == first) continue;
-    const T next = operand(terms[i]);
+    const T next = value(i);
+    math.set_label(node.label, "sum " + std::to_string(step++));
     sum = terms[i].ref.turn == 0 ? math.add(sum, next) : math.sub(sum, next);
   }
   return sum;
@@ -91,13 +114,15 @@ class Lowering {
   Value value(int i) {
     const Node& node = flow_.graph[i];
     if (node.kind == Node::Kind::Input) return input(node.cells[0]);
-    if (!flow_.is_wide(i)) return chain<Held>(math_, node.terms, [&](const Term& t) { return held(t.ref.node); });
-    const Open sum = chain<Open>(math_, node.terms, [&](const Term& t) { return operand(t); });
+    if (!flow_.is_wide(i)) return chain<Held>(math_, node, [&](const Term& t) { return held(t.ref.node); });
+    const Open sum = chain<Open>(math_, node, [&](const Term& t) { return operand(t); });
     if (flow_.wide[i] || open_[i]) return sum;
+    math_.set_label(node.label, "narrow");
     return math_.narrow(sum);
   }
 
   Held input(int place) {
+    math_.set_label({}, "");
     const Held loaded = math_.load(position(source_, static_cast<int>(flow_.outputs.size()), place));
     return flow_.doubled[place] && !folded_[place] ? math_.twice(loaded) : loaded;
   }
@@ -109,8 +134,8 @@ class Lowering {
 
   Open operand(const Term& t) {
     const Value& v = *values_[t.ref.node];
-    const Open a = std::holds_alternative<Open>(v) ? std::get<Open>(v) : math_.widen(std::get<Held>(v));
     const Node& node = flow_.graph[t.ref.node];
+    const Open a = std::holds_alternative<Open>(v) ? std::get<Open>(v) : math_.widen(std::get<Held>(v), node.label);
     const bool folded = node.kind == Node::Kind::Input && folded_[node.cells[0]];
     if (t.coef.unit()) return a;
     return math_.product(folded ? 2 * t.coef.lane(0) : t.coef.lane(0), a);
@@ -119,6 +144,7 @@ class Lowering {
   // The scale is the last multiplication, behind it only the subtraction from zero of a negated cell.
   void store(Ref cell, int position) {
     const bool negated = cell.turn == 2;
+    math_.set_label(flow_.graph[cell.node].label, "store");
     const Value& v = *values_[cell.node];
     if (const Held* a = std::get_if<Held>(&v)) {
       const Held out = math_.scaled(*a);

@@ -5,17 +5,12 @@
 #include <cctype>
 #include <numeric>
 
+#include "flows/numbers.h"
 #include "generator/check.h"
 
 namespace xfm::rdft {
 
 namespace {
-
-bool is_prime(int n) {
-  for (int d = 2; d * d <= n; ++d)
-    if (n % d == 0) return false;
-  return n > 1;
-}
 
 PlanPtr make(int length, auto form) { return std::make_shared<const Plan>(Plan{length, std::move(form)}); }
 OddPlanPtr make_odd(int length, auto form) { return std::make_shared<const OddPlan>(OddPlan{length, std::move(form)}); }
@@ -214,10 +209,8 @@ PlanPtr oriented(const PlanPtr& plan, const std::string& orientation) {
     link->w = v[0], link->u = v[1], link->conjugate = v[2] == 1;
   } else if (auto* block = std::get_if<Rader>(&changed.form)) {
     if (v.size() != 2) refuse("a Rader plan takes root,start");
-    for (int d = 2; d < plan->length - 1; ++d)
-      if ((plan->length - 1) % d == 0 && power_mod(v[0], (plan->length - 1) / d, plan->length) == 1)
-        refuse("the root is not primitive");
     if (v[0] % plan->length == 0 || v[1] % plan->length == 0) refuse("zero modulo the prime");
+    if (!is_primitive_root(v[0], plan->length)) refuse("the root is not primitive");
     block->root = v[0], block->start = v[1];
   } else {
     refuse("only Good-Thomas and Rader plans have one");
@@ -251,23 +244,6 @@ std::vector<int> nested_stage_order(const Plan& plan) {
 std::vector<int> stage_order(const Plan& plan) {
   const Rader* block = std::get_if<Rader>(&plan.form);
   return nested_stage_order(block ? *block->first : plan);
-}
-
-int power_mod(int base, int exponent, int modulus) {
-  long long result = 1, factor = base % modulus;
-  for (; exponent > 0; exponent /= 2, factor = factor * factor % modulus)
-    if (exponent % 2) result = result * factor % modulus;
-  return static_cast<int>(result);
-}
-
-int smallest_primitive_root(int p) {
-  for (int g = 2; g < p; ++g) {
-    int order = 1;
-    for (long long x = g; x != 1; x = x * g % p) ++order;
-    if (order == p - 1) return g;
-  }
-  check(false, "no primitive root of " + std::to_string(p));
-  return 0;
 }
 
 }  // namespace xfm::rdft

@@ -103,7 +103,4 @@ struct Overloaded : F... {
   using F::operator()...;
 };
 
-int power_mod(int base, int exponent, int modulus);
-int smallest_primitive_root(int p);
-
 }  // namespace xfm::rdft

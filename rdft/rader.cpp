@@ -5,6 +5,7 @@
 // So the spectrum of a is multiplied bin by bin by real-lane constants, and the way back needs no L-point transform: its
 // even bins give R_k and its odd bins I_k, each through the transpose of the forward network of those bins.
 
+#include "flows/numbers.h"
 #include "generator/passes.h"
 #include "rdft/stages.h"
 
@@ -50,6 +51,7 @@ std::vector<Ref> placed(const Graph& network, std::span<const Ref> outputs, Grap
     }
     std::vector<Term> terms = node.terms;
     for (Term& t : terms) t.ref = made[t.ref.node].turned(t.ref.turn);
+    const Graph::Loop loop(target, node.label);
     made[i] = target.lin(terms);
   }
   std::vector<Ref> result;
@@ -76,21 +78,23 @@ std::vector<Ref> way_back(const Way& way, const Bins& bins, const HalfSpectrum& 
 
 HalfSpectrum Stages::rader(const Rader& plan, int p, std::span<const Ref> x) {
   const int length = p - 1, half = length / 2;
-  const int root = plan.root ? plan.root : smallest_primitive_root(p);
+  const int root = plan.root ? plan.root : primitive_root(p);
   const int root_inverse = power_mod(root, p - 2, p), start_inverse = power_mod(plan.start, p - 2, p);
   std::vector<Ref> sequence;
   for (int j = 0; j < length; ++j) sequence.push_back(x[plan.start * power_mod(root, j, p) % p]);
-  const HalfSpectrum a = real(*plan.first, sequence);
+  const HalfSpectrum a = within("first", [&] { return real(*plan.first, sequence); });
 
   HalfSpectrum product{{g_.lin({{1, x[0]}, {Real(-1) / length, a[0].re}}), {}}};
   for (int q = 1; q <= half; ++q) {
+    const Graph::Loop loop(g_, "product", q);
     Constant c = kernel_bin(p, root_inverse, q);
     if (q == half) {
       product.push_back({g_.scale(c.re, a[q].re), {}});
       continue;
     }
     c = {2 * c.re, 2 * c.im};  // the bin stands for its conjugate too
-    product.push_back({g_.lin({{c.re, a[q].re}, {-c.im, a[q].im}}), g_.lin({{c.re, a[q].im}, {c.im, a[q].re}})});
+    product.push_back(parts([&] { return g_.lin({{c.re, a[q].re}, {-c.im, a[q].im}}); },
+                            [&] { return g_.lin({{c.re, a[q].im}, {c.im, a[q].re}}); }));
   }
 
   const Run back = run_ == Run::Straight ? Run::Transposed : Run::Straight;
@@ -99,8 +103,8 @@ HalfSpectrum Stages::rader(const Rader& plan, int p, std::span<const Ref> x) {
   Bins even_bins;
   for (size_t k = 0; k < even_half.size(); ++k) even_bins[2 * static_cast<int>(k)] = even_half[k];
   const Bins odd_bins = Stages(odd_way.graph, back).odd(*plan.odd, odd_way.inputs);
-  const std::vector<Ref> re = way_back(even, even_bins, product, g_);
-  const std::vector<Ref> im = way_back(odd_way, odd_bins, product, g_);
+  const std::vector<Ref> re = within("even", [&] { return way_back(even, even_bins, product, g_); });
+  const std::vector<Ref> im = within("odd", [&] { return way_back(odd_way, odd_bins, product, g_); });
 
   HalfSpectrum out(half + 1);
   out[0] = {g_.add(x[0], a[0].re), {}};

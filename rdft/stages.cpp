@@ -1,18 +1,19 @@
 #include "rdft/stages.h"
 
+#include "flows/numbers.h"
 #include "generator/check.h"
 
 namespace xfm::rdft {
 
 namespace {
 
-const Real kHalfRoot = square_root(Real(0.5));
+using Loop = Graph::Loop;
 
-int wrapped(long long k, int n) { return static_cast<int>(((k % n) + n) % n); }
+const Real kHalfRoot = square_root(Real(0.5));
 
 // Files a bin under its index or, as conjugate, under that of its mirror image.
 void put(Bins& bins, long long index, int n, Complex z) {
-  const int k = wrapped(index, n);
+  const int k = residue(index, n);
   if (2 * k > n) {
     bins[n - k] = z.conj();
   } else {
@@ -36,13 +37,6 @@ std::vector<T> every(std::span<const T> x, int start, int step) {
   return out;
 }
 
-// The bins k with k = k1 mod a, k = k2 mod b.
-int chinese_remainder(int k1, int a, int k2, int b) {
-  int k = k1;
-  while (k % b != k2) k += a;
-  return k;
-}
-
 }  // namespace
 
 HalfSpectrum Stages::real(const Plan& plan, std::span<const Ref> x) {
@@ -63,6 +57,7 @@ HalfSpectrum Stages::pairs(int p, std::span<const Ref> x) {
   const int half = (p - 1) / 2;
   std::vector<Ref> u, v;
   for (int j = 1; j <= half; ++j) {
+    const Loop pair(g_, "pair", j);
     u.push_back(g_.add(x[j], x[p - j]));
     v.push_back(g_.sub(x[j], x[p - j]));
   }
@@ -70,6 +65,7 @@ HalfSpectrum Stages::pairs(int p, std::span<const Ref> x) {
   for (int j = 1; j < half; ++j) sum = g_.add(sum, u[j]);
   HalfSpectrum out{{g_.add(sum, x[0]), {}}};
   for (int k = 1; k <= half; ++k) {
+    const Loop bin(g_, "bin", k);
     std::vector<Term> re{{1, x[0]}}, im;
     for (int j = 1; j <= half; ++j) {
       re.push_back({cos_turn(j * k, p), u[j - 1]});
@@ -81,19 +77,21 @@ HalfSpectrum Stages::pairs(int p, std::span<const Ref> x) {
 }
 
 Complex Stages::rotate_eighth(Complex z, int cos_sign, int sin_sign) {
-  if (run_ == Run::Transposed)
-    return {g_.scale(kHalfRoot, g_.lin({{cos_sign, z.re}, {sin_sign, z.im}})),
-            g_.scale(kHalfRoot, g_.lin({{cos_sign, z.im}, {-sin_sign, z.re}}))};
-  const Ref re = g_.scale(kHalfRoot, z.re), im = g_.scale(kHalfRoot, z.im);
-  return {g_.lin({{cos_sign, re}, {sin_sign, im}}), g_.lin({{cos_sign, im}, {-sin_sign, re}})};
+  const auto re = [&](Complex v) { return g_.lin({{cos_sign, v.re}, {sin_sign, v.im}}); };
+  const auto im = [&](Complex v) { return g_.lin({{cos_sign, v.im}, {-sin_sign, v.re}}); };
+  const auto scaled = [&](Ref v) { return g_.scale(kHalfRoot, v); };
+  if (run_ == Run::Transposed) return parts([&] { return scaled(re(z)); }, [&] { return scaled(im(z)); });
+  const Complex products = parts([&] { return scaled(z.re); }, [&] { return scaled(z.im); });
+  return parts([&] { return re(products); }, [&] { return im(products); });
 }
 
-Complex Stages::rotate(Complex z, long long num, long long den) {
+Complex Stages::rotate(Complex z, long long num, long long den, int iteration) {
   const Real c = cos_turn(num, den), s = sin_turn(num, den);
   if (is_zero(s)) return c > 0 ? z : -z;
   if (is_zero(c)) return s > 0 ? Complex{z.im, -z.re} : Complex{-z.im, z.re};
+  const Loop rotation(g_, "rotation", iteration);
   if (z.im && is_zero(magnitude(c) - magnitude(s))) return rotate_eighth(z, c > 0 ? 1 : -1, s > 0 ? 1 : -1);
-  return {g_.lin({{c, z.re}, {s, z.im}}), g_.lin({{c, z.im}, {-s, z.re}})};
+  return parts([&] { return g_.lin({{c, z.re}, {s, z.im}}); }, [&] { return g_.lin({{c, z.im}, {-s, z.re}}); });
 }
 
 std::vector<Complex> Stages::complex(const Plan& plan, std::span<const Complex> z) {
@@ -112,9 +110,14 @@ std::vector<Complex> Stages::complex_lanes(const Plan& plan, std::span<const Com
   const int n = plan.length;
   std::vector<Ref> re, im;
   for (Complex v : z) re.push_back(v.re), im.push_back(v.im);
-  const HalfSpectrum a = real(plan, re), b = real(plan, im);
+  const auto part = [&](int index, std::span<const Ref> x) {
+    const Loop loop(g_, "part", index);
+    return real(plan, x);
+  };
+  const HalfSpectrum a = part(0, re), b = part(1, im);
   std::vector<Complex> out(n);
   for (int k = 0; k <= n / 2; ++k) {
+    const Loop bin(g_, "bin", k);
     if (real_bin(k, n)) {
       out[k] = {a[k].re, b[k].re};
     } else {
@@ -127,18 +130,24 @@ std::vector<Complex> Stages::complex_lanes(const Plan& plan, std::span<const Com
 
 std::vector<Complex> Stages::complex_four(std::span<const Complex> z) {
   const Complex p = add(z[0], z[2]), m = sub(z[0], z[2]), r = add(z[1], z[3]), t = sub(z[1], z[3]);
-  return {add(p, r), {g_.add(m.re, t.im), g_.sub(m.im, t.re)}, sub(p, r), {g_.sub(m.re, t.im), g_.add(m.im, t.re)}};
+  const Complex turned{t.im, -t.re};
+  return {add(p, r), add(m, turned), sub(p, r), sub(m, turned)};
 }
 
 // 2 by 8 with rotations between: 28 products.
 std::vector<Complex> Stages::complex_sixteen(std::span<const Complex> z) {
   std::vector<Complex> even, odd;
   for (int n = 0; n < 8; ++n) {
+    const Loop element(g_, "element", n);
     even.push_back(add(z[n], z[n + 8]));
-    odd.push_back(rotate(sub(z[n], z[n + 8]), n, 16));
+    odd.push_back(rotate(sub(z[n], z[n + 8]), n, 16, 0));
   }
   const Plan eight{8, PowerOfTwo{}};
-  const std::vector<Complex> a = complex(eight, even), b = complex(eight, odd);
+  const auto half = [&](int index, std::span<const Complex> x) {
+    const Loop loop(g_, "half", index);
+    return complex(eight, x);
+  };
+  const std::vector<Complex> a = half(0, even), b = half(1, odd);
   std::vector<Complex> out(16);
   for (int k = 0; k < 8; ++k) out[2 * k] = a[k], out[2 * k + 1] = b[k];
   return out;
@@ -148,11 +157,12 @@ HalfSpectrum Stages::power_of_two(int n, Split split, std::span<const Ref> x) {
   if (n == 2) return {{g_.add(x[0], x[1]), {}}, {g_.sub(x[0], x[1]), {}}};
   std::vector<Ref> sum, difference;
   for (int i = 0; i < n / 2; ++i) {
+    const Loop element(g_, "element", i);
     sum.push_back(g_.add(x[i], x[i + n / 2]));
     difference.push_back(g_.sub(x[i], x[i + n / 2]));
   }
-  const HalfSpectrum even = power_of_two(n / 2, split, sum);
-  Bins bins = odd_of_power(n, split, difference);
+  const HalfSpectrum even = within("even", [&] { return power_of_two(n / 2, split, sum); });
+  Bins bins = within("odd", [&] { return odd_of_power(n, split, difference); });
   for (int k = 0; k <= n / 4; ++k) bins[2 * k] = even[k];
   return half_spectrum(bins, n);
 }
@@ -175,10 +185,14 @@ Bins Stages::odd_of_power(int n, Split split, std::span<const Ref> d) {
   if (split == Split::Mixed && n == 64) r = 2;
   const Plan across{r, PowerOfTwo{}};
   std::vector<Bins> classes;
-  for (int j = 0; j < r; ++j) classes.push_back(odd_of_power(n / r, split, every(d, j, r)));
+  for (int j = 0; j < r; ++j) {
+    const Loop loop(g_, "class", j);
+    classes.push_back(odd_of_power(n / r, split, every(d, j, r)));
+  }
   for (const auto& [m, unused] : classes[0]) {
+    const Loop row(g_, "row", m);
     std::vector<Complex> z;
-    for (int j = 0; j < r; ++j) z.push_back(rotate(classes[j].at(m), j * m, n));
+    for (int j = 0; j < r; ++j) z.push_back(rotate(classes[j].at(m), j * m, n, j));
     const std::vector<Complex> out = complex(across, z);
     for (int k = 0; k < r; ++k) put(bins, m + n / r * k, n, out[k]);
   }
@@ -191,15 +205,17 @@ HalfSpectrum Stages::twiddled(const Twiddled& plan, int n, std::span<const Ref> 
   std::vector<HalfSpectrum> classes;
   std::vector<Ref> dc;
   for (int r = 0; r < b; ++r) {
+    const Loop loop(g_, "class", r);
     classes.push_back(real(*plan.first, every(x, r, b)));
     dc.push_back(classes[r][0].re);
   }
   Bins bins;
-  const HalfSpectrum zero = real(*plan.second, dc);
+  const HalfSpectrum zero = within("zero", [&] { return real(*plan.second, dc); });
   for (int k = 0; k <= b / 2; ++k) put(bins, a * k, n, zero[k]);
   for (int m = 1; m < (a + 1) / 2; ++m) {
+    const Loop row(g_, "row", m);
     std::vector<Complex> z;
-    for (int r = 0; r < b; ++r) z.push_back(rotate(classes[r][m], r * m, n));
+    for (int r = 0; r < b; ++r) z.push_back(rotate(classes[r][m], r * m, n, r));
     const std::vector<Complex> out = complex(*plan.second, z);
     for (int k = 0; k < b; ++k) put(bins, m + a * k, n, out[k]);
   }
@@ -209,14 +225,18 @@ HalfSpectrum Stages::twiddled(const Twiddled& plan, int n, std::span<const Ref> 
 std::vector<Complex> Stages::complex_twiddled(const Twiddled& plan, int n, std::span<const Complex> z) {
   const int a = plan.first->length, b = plan.second->length;
   std::vector<std::vector<Complex>> classes;
-  for (int r = 0; r < b; ++r) classes.push_back(complex(*plan.first, every(z, r, b)));
+  for (int r = 0; r < b; ++r) {
+    const Loop loop(g_, "class", r);
+    classes.push_back(complex(*plan.first, every(z, r, b)));
+  }
   std::vector<Complex> out(n);
   for (int m = 0; m < a; ++m) {
     const int bin = 2 * m <= a ? m : m - a;  // the upper bins turn backwards, by the smaller angle
+    const Loop loop(g_, "row", m);
     std::vector<Complex> row;
-    for (int r = 0; r < b; ++r) row.push_back(rotate(classes[r][m], r * bin, n));
+    for (int r = 0; r < b; ++r) row.push_back(rotate(classes[r][m], r * bin, n, r));
     row = complex(*plan.second, row);
-    for (int k = 0; k < b; ++k) out[wrapped(bin + a * k, n)] = row[k];
+    for (int k = 0; k < b; ++k) out[residue(bin + a * k, n)] = row[k];
   }
   return out;
 }
@@ -228,16 +248,17 @@ HalfSpectrum Stages::good_thomas(const GoodThomas& plan, int n, std::span<const 
   for (int n2 = 0; n2 < b; ++n2) {
     std::vector<Ref> members;
     for (int n1 = 0; n1 < a; ++n1) members.push_back(x[(b * n1 * plan.w + a * n2 * plan.u) % n]);
+    const Loop loop(g_, "class", n2);
     classes.push_back(real(*plan.first, members));
   }
   Bins bins;
   // Reading the elements in steps of w and the classes in steps of u multiplies the indices of the bins likewise.
-  const int w_inverse = [&] { int v = 1; while (v * plan.w % a != 1 % a) ++v; return v; }();
-  const int u_inverse = [&] { int v = 1; while (v * plan.u % b != 1 % b) ++v; return v; }();
+  const int w_inverse = inverse_mod(plan.w, a), u_inverse = inverse_mod(plan.u, b);
   const auto index = [&](int k1, int k2) {
-    return chinese_remainder(wrapped(k1 * w_inverse, a), a, wrapped(k2 * u_inverse, b), b);
+    return chinese_remainder(residue(k1 * w_inverse, a), a, residue(k2 * u_inverse, b), b);
   };
   for (int m = 0; m <= a / 2; ++m) {
+    const Loop loop(g_, real_bin(m, a) ? "real row" : "row", m);
     if (real_bin(m, a)) {
       std::vector<Ref> row;
       for (const HalfSpectrum& c : classes) row.push_back(c[m].re);
@@ -256,11 +277,12 @@ HalfSpectrum Stages::good_thomas(const GoodThomas& plan, int n, std::span<const 
 HalfSpectrum Stages::halves(const Halves& plan, int n, std::span<const Ref> x) {
   std::vector<Ref> sum, difference;
   for (int i = 0; i < n / 2; ++i) {
+    const Loop element(g_, "element", i);
     sum.push_back(g_.add(x[i], x[i + n / 2]));
     difference.push_back(g_.sub(x[i], x[i + n / 2]));
   }
-  const HalfSpectrum even = real(*plan.even, sum);
-  Bins bins = odd(*plan.odd, difference);
+  const HalfSpectrum even = within("even", [&] { return real(*plan.even, sum); });
+  Bins bins = within("odd", [&] { return odd(*plan.odd, difference); });
   for (int k = 0; k <= n / 4; ++k) put(bins, 2 * k, n, even[k]);
   return half_spectrum(bins, n);
 }
@@ -289,9 +311,11 @@ Bins Stages::odd_good_thomas(const OddGoodThomas& plan, int n, std::span<const R
   for (int n2 = 0; n2 < b; ++n2) {
     std::vector<Ref> members;
     for (int n1 = 0; n1 < a / 2; ++n1) members.push_back(value(b * n1 + a * n2));
+    const Loop loop(g_, "class", n2);
     classes.push_back(odd_of_power(a, Split::Fours, members));
   }
   for (const auto& [m, unused] : classes[0]) {
+    const Loop loop(g_, "row", m);
     std::vector<Complex> row;
     for (const Bins& c : classes) row.push_back(c.at(m));
     const std::vector<Complex> out = complex(*plan.second, row);
@@ -303,9 +327,13 @@ Bins Stages::odd_good_thomas(const OddGoodThomas& plan, int n, std::span<const R
 Bins Stages::odd_twiddled(const OddTwiddled& plan, int n, std::span<const Ref> d) {
   const int r = plan.second->length, order = plan.classes->length;
   std::vector<Bins> classes;
-  for (int j = 0; j < r; ++j) classes.push_back(odd(*plan.classes, every(d, j, r)));
+  for (int j = 0; j < r; ++j) {
+    const Loop loop(g_, "class", j);
+    classes.push_back(odd(*plan.classes, every(d, j, r)));
+  }
   Bins bins;
   for (const auto& [m, unused] : classes[0]) {
+    const Loop loop(g_, 2 * m == order ? "middle row" : "row", m);
     if (2 * m == order) {
       std::vector<Ref> middle;
       for (const Bins& c : classes) middle.push_back(c.at(m).re);
@@ -313,7 +341,7 @@ Bins Stages::odd_twiddled(const OddTwiddled& plan, int n, std::span<const Ref> d
       continue;
     }
     std::vector<Complex> row;
-    for (int j = 0; j < r; ++j) row.push_back(rotate(classes[j].at(m), j * m, n));
+    for (int j = 0; j < r; ++j) row.push_back(rotate(classes[j].at(m), j * m, n, j));
     const std::vector<Complex> out = complex(*plan.second, row);
     for (int k = 0; k < r; ++k) put(bins, m + order * k, n, out[k]);
   }

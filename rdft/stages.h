@@ -58,10 +58,30 @@ class Stages {
   Bins odd_twiddled(const OddTwiddled& plan, int n, std::span<const Ref> d);
 
   // z * exp(-2*pi*i*num/den): quarter turns are free, an odd eighth takes two products, any other angle four.
-  Complex rotate(Complex z, long long num, long long den);
+  // `iteration` is that of the loop around it.
+  Complex rotate(Complex z, long long num, long long den, int iteration);
   Complex rotate_eighth(Complex z, int cos_sign, int sin_sign);
-  Complex add(Complex a, Complex b) { return {g_.add(a.re, b.re), g_.add(a.im, b.im)}; }
-  Complex sub(Complex a, Complex b) { return {g_.sub(a.re, b.re), g_.sub(a.im, b.im)}; }
+  Complex add(Complex a, Complex b) {
+    return parts([&] { return g_.add(a.re, b.re); }, [&] { return g_.add(a.im, b.im); });
+  }
+  Complex sub(Complex a, Complex b) { return add(a, -b); }
+
+  // Real and imaginary part of one value, and a part of a flow under a name, for the labels of their sums.
+  template <class Re, class Im>
+  Complex parts(Re real_part, Im imaginary_part) {
+    const Graph::Loop value(g_, "value " + std::to_string(g_.next_in_loop()));
+    const auto part = [&](int index, auto make) {
+      const Graph::Loop loop(g_, "part", index);
+      return make();
+    };
+    const Ref re = part(0, real_part);
+    return {re, part(1, imaginary_part)};
+  }
+  template <class F>
+  auto within(const char* name, F make) {
+    const Graph::Loop loop(g_, name);
+    return make();
+  }
 
   Graph& g_;
   Run run_;

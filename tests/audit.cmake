@@ -9,7 +9,7 @@ get_target_property(sample_objects audit_samples OBJECTS_FOLDER)
 xfm_add_test(audit_samples_test LABEL audit SOURCES audit_samples_test.cpp LIBRARIES xfm_audit_lib)
 add_dependencies(audit_samples_test audit_samples)
 target_compile_definitions(audit_samples_test PRIVATE
-  XFM_AUDIT_SAMPLE_SOURCES="${sample_sources}" XFM_AUDIT_SAMPLE_OBJECTS="${sample_objects}")
+  XFM_AUDIT_SOURCES="${PROJECT_SOURCE_DIR}/audit" XFM_AUDIT_SAMPLE_SOURCES="${sample_sources}" XFM_AUDIT_SAMPLE_OBJECTS="${sample_objects}")
 
 # The library needs its sister for the allocator and libm for the tables, once the families that use them are in. The
 # counts of a family come from its generator's reports, or from the tables beside the audit.

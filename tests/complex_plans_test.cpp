@@ -85,7 +85,7 @@ TEST_F(ComplexPlans, TheTablesThemselvesAreAccepted) {
 }
 
 TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
-  enum Column { kLength, kPrecision, kPlan, kRuns, kForms, kA, kM, kBuiltA };
+  enum Column { kLength, kPrecision, kPlan, kRuns, kFlow, kForms, kA, kM, kBuiltA };
   struct Case {
     const char* length;
     Column column;
@@ -114,6 +114,9 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"47", kRuns, "8", "at least twice the length"},
       {"3", kRuns, "2 pf", "'direct' runs no plan"},
       {"12", kRuns, "(2 ct 2) pf 3", "plan and runs have different blocks"},
+      {"6", kFlow, "both", "unknown flow 'both'"},
+      {"6", kFlow, "half-blocks", "has nothing to change"},
+      {"7", kFlow, "half", "has nothing to change"},
       {"15", kForms, "7:lane/direct", "a form for 7, which is no block of '5 pf 3'"},
       {"15", kForms, "5:direct/direct 5:direct/direct", "two forms for 5"},
       {"10", kForms, "5", "forms are written"},

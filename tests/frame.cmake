@@ -51,6 +51,7 @@ frame_dispatch_fault(buffer_lost "s/flag, buffer)/flag, nullptr)/")
 frame_dispatch_fault(flag_masked "s/(src, dst, flag)/(src, dst, flag % 16)/")
 
 xfm_add_test(frame_library_test LABEL frame SOURCES frame_library_test.cpp LIBRARIES xfm_generator xfmgene9 xfmcorex64 dl)
+target_link_options(frame_library_test PRIVATE -Wl,--no-as-needed)  # the functions are found by name
 
 # The library in other hands: the header under strict compilers, the installed tree, the example programs.
 xfm_add_script_test(header_compiles frame ${CMAKE_CURRENT_SOURCE_DIR}/header_test.sh ${PROJECT_BINARY_DIR}/include)

@@ -1,4 +1,4 @@
-// The built library's frame: its names, its version record, its dispatchers against its kernels, its core library.
+// The built library's frame: its names, its dispatchers against its kernels, its core library.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -27,21 +27,6 @@ std::vector<std::string> names_built() {
 const xfm::FunctionList& list() {
   static const xfm::FunctionList all = xfm::FunctionList::read(XFM_FUNCTIONS);
   return all;
-}
-
-TEST(Version, RecordHoldsWhatItPromises) {
-  const XfmLibraryVersion* version = xfmgenGetLibVersion();
-  ASSERT_NE(version, nullptr);
-  EXPECT_EQ(version, xfmgenGetLibVersion());
-  EXPECT_EQ(version->major, 6);
-  EXPECT_EQ(version->minor, 1);
-  EXPECT_EQ(version->majorBuild, 137);
-  EXPECT_EQ(version->build, 336);
-  EXPECT_EQ(std::memcmp(version->targetCpu, "e9\0\0", 4), 0);
-  EXPECT_STREQ(version->name, "libxfmgene9.so.6.1");
-  EXPECT_STREQ(version->version, "6.1 build 137.56");
-  EXPECT_STREQ(version->buildDate, "Mar 17 2010");
-  static_assert(sizeof(XfmLibraryVersion) == 48 && offsetof(XfmLibraryVersion, name) == 24);
 }
 
 TEST(Names, EveryPublicFunctionIsFound) {
@@ -95,7 +80,7 @@ TEST(Core, AllocatesAlignedBlocksAndRefusesNegativeSizes) {
   for (const int size : {0, 1, 15, 16, 64, 73728}) {
     void* block = xfmMalloc(size);
     ASSERT_NE(block, nullptr) << size;
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 16, 0u) << size;
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 64, 0u) << size;
     std::memset(block, 0xff, static_cast<size_t>(size));
     xfmFree(block);
   }

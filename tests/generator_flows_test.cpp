@@ -72,10 +72,8 @@ TEST_P(GeneratorFlows, AreTheTransformExactly) {
     for (int sign : {-1, +1}) {
       const std::vector<Value> expected = definition(x, sign);
       const ComplexRow& row = tables().row(precision, n);
-      for (const Placement placement : {Placement::Nested, Placement::Flattened, Placement::RealLaneBlocks, Placement::RealLane}) {
-        const bool real_lane = placement == Placement::RealLaneBlocks || placement == Placement::RealLane;
-        if (placement == (lanes == 1 ? Placement::Flattened : Placement::RealLane)) continue;
-        if (real_lane && row.plan.forms.any(BlockForm::RaderComplex)) continue;
+      for (const Placement placement : {Placement::Nested, Placement::Flattened}) {
+        if (placement == Placement::Flattened && (lanes == 1 || row.plan.flow != Flow::Complex)) continue;
         const LanedTransform t = laned_transform(row.plan, tables().recipes.at(precision), sign, lanes, placement);
         ASSERT_EQ(t.outputs.size(), expected.size());
         const long double off = deviation(graph_values::evaluate(t.graph, t.outputs, x), expected);

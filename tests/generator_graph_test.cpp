@@ -136,36 +136,28 @@ TEST(GeneratorPasses, TransposedNetworksAreTransposedMatrices) {
 }
 
 TEST(GeneratorPasses, ConstantsMoveIntoTheProductsThatUseThem) {
-  const auto check = [](const Sketch& s, std::vector<Ref> outputs, Merge merge, const std::vector<std::string>& expected) {
-    const Graph merged = merge_constants(s.g, outputs, merge);
+  const auto check = [](const Sketch& s, std::vector<Ref> outputs, const std::vector<std::string>& expected) {
+    const Graph merged = merge_constants(s.g, outputs);
     ASSERT_EQ(outputs.size(), expected.size());
     for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(text(merged, outputs[i]), expected[i]);
   };
   {
     Sketch s;
     const Ref inner = s.g.lin({{0.5, s.a}, {0.25, -s.b}}), outer = s.g.lin({{4, inner}, {1, s.c}});
-    check(s, {outer}, Merge::SingleUse, {"(2*x0 + -x1 + x2)"});
-    check(s, {outer, inner}, Merge::Products, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "(0.5*x0 + 0.25*-x1)"});  // stored as it is
-    check(s, {outer, s.g.add(inner, s.d)}, Merge::Products, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "((0.5*x0 + 0.25*-x1) + x3)"});
+    check(s, {outer}, {"(2*x0 + -x1 + x2)"});
+    check(s, {outer, inner}, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "(0.5*x0 + 0.25*-x1)"});  // stored as it is
+    check(s, {outer, s.g.add(inner, s.d)}, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "((0.5*x0 + 0.25*-x1) + x3)"});
   }
   {
     Sketch s;
     const Ref product = s.g.scale(0.5, s.a);
     const std::vector<Ref> users{s.g.lin({{3, product}, {1, s.b}}), s.g.lin({{5, product}, {1, s.c}})};
-    check(s, users, Merge::Products, {"(1.5*x0 + x1)", "(2.5*x0 + x2)"});
-    check(s, users, Merge::SingleUse, {"(3*(0.5*x0) + x1)", "(5*(0.5*x0) + x2)"});
+    check(s, users, {"(3*(0.5*x0) + x1)", "(5*(0.5*x0) + x2)"});
   }
   {
     Sketch s;  // a plain term has no constant to give
     const Ref inner = s.g.lin({{0.5, s.a}, {1, s.b}});
-    check(s, {s.g.lin({{3, inner}, {1, s.c}})}, Merge::Products, {"(3*(0.5*x0 + x1) + x2)"});
-  }
-  {
-    Sketch s;
-    const int first = s.g.size();
-    const Ref inner = s.g.lin({{0.5, s.a}, {0.25, s.b}}), outer = s.g.lin({{4, inner}, {1, s.c}});
-    s.g.freeze_since(first);
-    check(s, {outer}, Merge::Products, {"(4*(0.5*x0 + 0.25*x1) + x2)"});
+    check(s, {s.g.lin({{3, inner}, {1, s.c}})}, {"(3*(0.5*x0 + x1) + x2)"});
   }
 }
 

@@ -1,7 +1,8 @@
 // Plans as text, and the arithmetic of their index maps.
 #include <gtest/gtest.h>
 
-#include "dft/plan.h"
+#include "flows/numbers.h"
+#include "flows/plan.h"
 #include "generator/check.h"
 
 namespace {

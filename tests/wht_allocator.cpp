@@ -14,6 +14,7 @@ std::vector<std::pair<void*, GuardedPages*>> live;
 using namespace xfm::test;
 
 extern "C" void* xfmMalloc(int size) {
+  if (allocator_log.no_memory) return nullptr;
   const size_t bytes = static_cast<size_t>(size);
   auto* pages = new GuardedPages(bytes);
   void* block = pages->at_end(bytes);

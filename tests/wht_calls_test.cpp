@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <csignal>
 
 #include "tests/wht_model.h"
 
@@ -79,6 +80,19 @@ TYPED_TEST(Calls, ANullBufferIsOneBlockOfTheExactSizeReleasedOnce) {
         EXPECT_EQ(allocator_log.freed, allocator_log.blocks) << order;
       }
     }
+}
+
+// As the header says: the block is not tested, and without memory the process ends by a write to it.
+TYPED_TEST(Calls, ANullBufferWithoutMemoryEndsTheProcess) {
+  using T = TypeParam;
+  static Data<T> data;
+  const auto call = [](int order, int offset) {
+    allocator_log.no_memory = true;
+    (void)kernel<T>(order)(data.src + offset, data.dst + offset, xfmScaleNone, nullptr);
+  };
+  for (int order = kFirstBuffered; order <= kOrders; ++order)
+    for (const int offset : {0, 1}) EXPECT_EXIT(call(order, offset), testing::KilledBySignal(SIGSEGV), "") << order;
+  EXPECT_FALSE(allocator_log.no_memory) << "only the ended process had none";
 }
 
 TYPED_TEST(Calls, FailuresInOrderWithNothingWrittenOrAllocated) {

@@ -88,7 +88,8 @@ class GuardedPages {
  public:
   explicit GuardedPages(size_t bytes) : inner_((bytes + kPage - 1) / kPage * kPage) {
     base_ = static_cast<char*>(mmap(nullptr, inner_ + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    if (base_ == MAP_FAILED || mprotect(first(), inner_, PROT_READ | PROT_WRITE) != 0) std::abort();
+    if (base_ == MAP_FAILED) fail("mmap");
+    if (inner_ > 0 && mprotect(first(), inner_, PROT_READ | PROT_WRITE) != 0) fail("mprotect");
   }
   ~GuardedPages() { munmap(base_, inner_ + 2 * kPage); }
   GuardedPages(const GuardedPages&) = delete;
@@ -96,10 +97,14 @@ class GuardedPages {
   char* first() const { return base_ + kPage; }
   char* at_end(size_t bytes) const { return base_ + kPage + inner_ - bytes; }
   void forbid_writing() const {
-    if (mprotect(first(), inner_, PROT_READ) != 0) std::abort();
+    if (inner_ > 0 && mprotect(first(), inner_, PROT_READ) != 0) fail("mprotect");
   }
 
  private:
+  [[noreturn]] static void fail(const char* call) {
+    std::perror(call);
+    std::abort();
+  }
   static constexpr size_t kPage = 4096;
   size_t inner_;
   char* base_;
@@ -109,6 +114,7 @@ class GuardedPages {
 struct AllocatorLog {
   std::vector<int> sizes;
   std::vector<void*> blocks, freed;
+  bool no_memory = false;  // xfmMalloc gives null
   void reset() { *this = {}; }
 };
 extern AllocatorLog allocator_log;

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "generator/check.h"
+#include "generator/core.h"
 
 namespace xfm::wht {
 
@@ -98,7 +99,7 @@ Counts operator*(int times, const Counts& counts) {
 
 Counts count(const Program& program) {
   const PortUse use = port_use(program);
-  return {use.adds, use.muls, use.shuffles + use.crossings};
+  return {use.adds, use.muls, use.moves()};
 }
 
 }  // namespace xfm::wht

@@ -6,56 +6,9 @@
 #include "pair20.inc"
 #include "single5.inc"
 
-/* Plain scalar, components one by one. */
-begin xfmgDFTFwd_CToC_2_32fc
-  null_and_flag_tests singles
-  vmovss xmm0, [rdi]
-  vmovss xmm1, [rdi + 4]
-  vmovss xmm2, [rdi + 8]
-  vmovss xmm3, [rdi + 12]
-  vaddss xmm4, xmm0, xmm2
-  vsubss xmm5, xmm0, xmm2
-  vaddss xmm6, xmm1, xmm3
-  vsubss xmm7, xmm1, xmm3
-.irp i, 4, 5, 6, 7
-  vmulss xmm\i, xmm\i, [rax]
-.endr
-  vmovss [rsi], xmm4
-  vmovss [rsi + 4], xmm6
-  vmovss [rsi + 8], xmm5
-  vmovss [rsi + 12], xmm7
-  xor eax, eax
-  ret
-  refusals
-finish xfmgDFTFwd_CToC_2_32fc
+#include "scalar2.inc"
 
-/* Two straight lines behind a 16-byte gate. */
-.macro two move
-  vmovapd xmm2, [rax]
-  \move xmm0, [rdi]
-  \move xmm1, [rdi + 16]
-  vaddpd xmm3, xmm0, xmm1
-  vsubpd xmm1, xmm0, xmm1
-  vmulpd xmm3, xmm3, xmm2
-  vmulpd xmm1, xmm1, xmm2
-  \move [rsi], xmm3
-  \move [rsi + 16], xmm1
-  xor eax, eax
-  ret
-.endm
-begin xfmgDFTInv_CToC_2_64fc
-  test dil, 15
-  jne 70f
-  test sil, 15
-  jne 70f
-  null_and_flag_tests doubles
-  two vmovapd
-  refusals
-70:
-  null_and_flag_tests doubles
-  two vmovupd
-  refusals
-finish xfmgDFTInv_CToC_2_64fc
+#include "two_lines.inc"
 
 /* Two 256-bit lines behind a 32-byte gate that follows the null tests, with a realigned frame, a spilled value and
    a pointer kept on the stack. */
@@ -127,21 +80,7 @@ begin xfmgDFTFwd_RToCCS_3_32f
   refusals
 finish xfmgDFTFwd_RToCCS_3_32f
 
-/* An inverse that leaves the two zero cells alone. */
-begin xfmgDFTInv_CCSToR_2_64f
-  null_and_flag_tests doubles
-  vmovsd xmm0, [rdi]
-  vmovsd xmm1, [rdi + 16]
-  vaddsd xmm2, xmm0, xmm1
-  vsubsd xmm0, xmm0, xmm1
-  vmulsd xmm2, xmm2, [rax]
-  vmulsd xmm0, xmm0, [rax]
-  vmovsd [rsi], xmm2
-  vmovsd [rsi + 8], xmm0
-  xor eax, eax
-  ret
-  refusals
-finish xfmgDFTInv_CCSToR_2_64f
+#include "ccs2.inc"
 
 #include "passes8.inc"
 

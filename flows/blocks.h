@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "dft/algebra.h"
-#include "dft/plan.h"
+#include "flows/algebra.h"
+#include "flows/numbers.h"
+#include "flows/plan.h"
 
 namespace xfm {
 

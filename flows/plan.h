@@ -34,10 +34,4 @@ std::string to_text(const Plan& plan);
 // The same stages read backwards: the plan of the transposed network.
 Plan mirrored(const Plan& plan);
 
-// The smallest primitive root modulo a prime.
-int primitive_root(int prime);
-int power_mod(int base, int exponent, int modulus);
-// The number below a*b that is k1 modulo a and k2 modulo b.
-int chinese_remainder(int k1, int a, int k2, int b);
-
 }  // namespace xfm

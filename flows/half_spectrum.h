@@ -12,19 +12,18 @@
 
 #include <vector>
 
-#include "dft/blocks.h"
+#include "flows/blocks.h"
 
 namespace xfm {
 
 class RealFlow {
  public:
-  // For the block of a prime; constants of its stages may be merged.
+  // For the block of a prime.
   RealFlow(Graph& g, const Recipes& recipes, bool complex_middle_row)
       : g_(g), recipes_(recipes), complex_middle_row_(complex_middle_row) {}
-  // For a plan with blocks in the given forms, that of a first stage where a row is real; twiddles stay products of
-  // their own.
+  // For a plan with blocks in the given forms, that of a first stage where a row is real.
   RealFlow(Graph& g, const Recipes& recipes, const BlockForms& forms, bool first_stage)
-      : g_(g), recipes_(recipes), forms_(forms), first_stage_(first_stage), merging_(false) {}
+      : g_(g), recipes_(recipes), forms_(forms), first_stage_(first_stage) {}
 
   using Half = std::vector<Formal::Value>;  // bins 0..L/2
   Half half_spectrum(const Plan& plan, const std::vector<Ref>& x);
@@ -43,7 +42,7 @@ class RealFlow {
   Graph& g_;
   const Recipes& recipes_;
   BlockForms forms_;
-  bool first_stage_ = true, complex_middle_row_ = false, merging_ = true;
+  bool first_stage_ = true, complex_middle_row_ = false;
 };
 
 template <class A>

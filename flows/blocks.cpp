@@ -1,6 +1,6 @@
-#include "dft/blocks.h"
+#include "flows/blocks.h"
 
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 #include "generator/check.h"
 
 namespace xfm {

@@ -1,4 +1,4 @@
-#include "dft/plan.h"
+#include "flows/plan.h"
 
 #include <algorithm>
 #include <cctype>
@@ -119,28 +119,6 @@ std::string to_text(const Plan& plan) {
 Plan mirrored(const Plan& plan) {
   if (!plan.link()) return plan;
   return {plan.kind, plan.length, "", {mirrored(plan.second()), mirrored(plan.first())}};
-}
-
-int power_mod(int base, int exponent, int modulus) {
-  long long power = 1;
-  for (int i = 0; i < exponent; ++i) power = power * base % modulus;
-  return static_cast<int>(power);
-}
-
-int primitive_root(int prime) {
-  for (int g = 2; g < prime; ++g) {
-    int order = 1;
-    for (long long power = g; power != 1; power = power * g % prime) ++order;
-    if (order == prime - 1) return g;
-  }
-  check(false, "a prime has a primitive root");
-  return 0;
-}
-
-int chinese_remainder(int k1, int a, int k2, int b) {
-  int k = k1;
-  while (k % b != k2) k += a;
-  return k;
 }
 
 }  // namespace xfm

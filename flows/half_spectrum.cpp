@@ -1,4 +1,4 @@
-#include "dft/real_lane.h"
+#include "flows/half_spectrum.h"
 
 #include "generator/check.h"
 #include "generator/passes.h"
@@ -88,14 +88,12 @@ RealFlow::Half RealFlow::halves(const Plan& plan, const std::vector<Ref>& x) {
 RealFlow::Half RealFlow::linked(const Plan& plan, const std::vector<Ref>& x) {
   const LinkMap map(plan);
   const Formal alg{g_};
-  const int start = g_.size();
   std::vector<Half> u;
   for (int j = 0; j < map.b; ++j) {
     std::vector<Ref> in(map.a);
     for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
     u.push_back(half_spectrum(plan.first(), in));
   }
-  if (!merging_) g_.freeze_since(start);
   HalfBins bins(plan.length);
   for (int k1 = 0; k1 <= map.a / 2; ++k1) {
     const bool real = k1 == 0 || (2 * k1 == map.a);
@@ -160,13 +158,10 @@ std::vector<Ref> RealFlow::transposed_part(const Plan& plan, const Half& spectru
 }
 
 std::vector<Ref> RealFlow::prime_parts(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x, int sign) {
-  const int length = prime - 1, root = primitive_root(prime), start = g_.size();
+  const int length = prime - 1, root = primitive_root(prime);
   std::vector<Ref> in;
   for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, prime)]);
   const Half bins = half_spectrum(recipe.first, in);
-  g_.freeze_since(start);
-
-  const int second_start = g_.size();
   std::vector<Ref> parts{g_.add(x[0], bins[0].re)};
   const std::vector<ComplexNumber> spectrum = rader_spectrum(prime, sign);
   Half product;
@@ -181,7 +176,6 @@ std::vector<Ref> RealFlow::prime_parts(const LaneRecipe& recipe, int prime, cons
   product[0].re = g_.add(x[0], product[0].re);
   for (const bool odd : {false, true})
     for (Ref r : transposed_part(recipe.second, product, odd)) parts.push_back(r);
-  g_.exempt_since(second_start);
   return parts;
 }
 
