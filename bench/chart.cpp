@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <stdexcept>
 
 #include "tool/axis.h"
@@ -16,13 +17,20 @@ using tool::Picture;
 
 constexpr int kPanelWidth = 520, kPanelHeight = 360, kLeft = 64, kRight = 16, kTop = 34, kBottom = 52, kLegend = 40;
 
-// How a series is drawn: told apart in grey by lightness and dashes.
+// How a series is drawn: the copies of this library in full lines, rivals dashed; lightness tells them apart in grey.
 struct Style {
   Colour colour;
   std::vector<double> dashes;
 };
-const Style kStyles[] = {{{0, 60, 160}, {}},     {{0, 140, 190}, {}},         {{90, 190, 120}, {}},
-                         {{200, 60, 40}, {6, 3}}, {{150, 110, 30}, {2, 2}}, {{120, 120, 120}, {8, 2, 2, 2}}};
+const std::map<std::string, Style> kStyles = {{"base", {{20, 50, 140}, {}}},          {"x86-64-v3", {{0, 130, 200}, {}}},
+                                              {"x86-64-v4", {{80, 190, 150}, {}}},    {"FFTW", {{200, 50, 40}, {6, 3}}},
+                                              {"half-length", {{200, 50, 40}, {6, 3}}}, {"loop", {{150, 110, 30}, {2, 2}}},
+                                              {"REDFT11", {{150, 110, 30}, {2, 2}}}};
+
+Style style_of(const std::string& name) {
+  const auto found = kStyles.find(name);
+  return found == kStyles.end() ? Style{{120, 120, 120}, {8, 2, 2, 2}} : found->second;
+}
 
 struct Panel {
   std::string function;
@@ -61,9 +69,13 @@ void add(Chart& chart, const Report& report) {
 // Lengths and times within the panel at (left, top).
 struct Scale {
   double left, top, least_n, most_n, least_ns, most_ns;
+  bool powers = false;  // lengths are powers of two, on a logarithmic axis
 
   static double share(double value, double least, double most) { return std::log(value / least) / std::log(most / least); }
-  double x(double n) const { return left + share(n, least_n, most_n) * (kPanelWidth - kLeft - kRight); }
+  double x(double n) const {
+    const double at = powers ? share(n, least_n, most_n) : (n - least_n) / (most_n - least_n);
+    return left + at * (kPanelWidth - kLeft - kRight);
+  }
   double y(double ns) const { return top + (1 - share(ns, least_ns, most_ns)) * (kPanelHeight - kTop - kBottom); }
 };
 
@@ -74,19 +86,29 @@ Scale scale_of(const Panel& panel, double left, double top) {
       s.least_n = std::min(s.least_n, n), s.most_n = std::max(s.most_n, n);
       s.least_ns = std::min(s.least_ns, ns), s.most_ns = std::max(s.most_ns, ns);
     }
+  s.powers = s.most_n > 64;
   if (s.most_n == s.least_n) s.least_n /= 2, s.most_n *= 2;
   s.least_ns /= 1.2, s.most_ns *= 1.2;
   return s;
 }
 
+std::vector<tool::Mark> length_marks(const Scale& s) {
+  std::vector<tool::Mark> marks;
+  if (!s.powers) {
+    for (double n = std::ceil(s.least_n / 8) * 8; n <= s.most_n; n += 8) marks.push_back({n, std::to_string(static_cast<int>(n))});
+    return marks;
+  }
+  const int first = static_cast<int>(std::ceil(std::log2(s.least_n))), last = static_cast<int>(std::log2(s.most_n));
+  for (int e = first; e <= last; e += last - first > 13 ? 2 : 1)
+    marks.push_back({std::exp2(e), e > 13 ? "2^" + std::to_string(e) : std::to_string(1 << e)});
+  return marks;
+}
+
 void draw_axes(Picture& picture, const Panel& panel, const Scale& s) {
   const double right = s.x(s.most_n), bottom = s.y(s.least_ns);
-  const bool powers = s.most_n > 64;
-  const int first = static_cast<int>(std::ceil(std::log2(s.least_n))), last = static_cast<int>(std::floor(std::log2(s.most_n)));
-  for (int e = first; e <= last; e += last - first > 13 ? 2 : 1) {
-    const double x = s.x(std::exp2(e));
-    picture.line({{x, s.top}, {x, bottom}}, tool::kFaint);
-    picture.text(x, bottom + 13, powers && e > 13 ? "2^" + std::to_string(e) : std::to_string(1 << e), Align::Centre, 11);
+  for (const auto& [n, text] : length_marks(s)) {
+    picture.line({{s.x(n), s.top}, {s.x(n), bottom}}, tool::kFaint);
+    picture.text(s.x(n), bottom + 13, text, Align::Centre, 11);
   }
   const std::vector<tool::Mark> marks = tool::decade_marks(s.least_ns, s.most_ns);
   const bool crowded = s.most_ns / s.least_ns > 1e4;
@@ -106,7 +128,7 @@ void draw_legend(Picture& picture, const std::vector<std::string>& legend, int w
   const double step = std::min(150.0, (width - 40.0) / static_cast<double>(legend.size()));
   double x = (width - step * static_cast<double>(legend.size())) / 2;
   for (size_t i = 0; i < legend.size(); ++i, x += step) {
-    const Style& style = kStyles[i % std::size(kStyles)];
+    const Style style = style_of(legend[i]);
     picture.line({{x, kLegend / 2.0}, {x + 30, kLegend / 2.0}}, style.colour, 2, style.dashes);
     picture.text(x + 36, kLegend / 2.0, legend[i]);
   }
@@ -127,7 +149,7 @@ std::string draw_chart(const std::vector<Report>& reports, tool::PictureFormat f
                              kLegend + kTop + static_cast<double>(i / columns) * kPanelHeight);
     draw_axes(picture, chart.panels[i], s);
     for (const auto& [index, points] : chart.panels[i].series) {
-      const Style& style = kStyles[index % std::size(kStyles)];
+      const Style style = style_of(chart.legend[index]);
       Picture::Points places;
       for (const auto& [n, ns] : points) places.emplace_back(s.x(n), s.y(ns));
       picture.line(places, style.colour, 1.6, style.dashes);

@@ -1,4 +1,5 @@
-// Time by length, drawn from the plotted columns of reports: a panel a function, both axes logarithmic.
+// Time by length, drawn from the plotted columns of reports: a panel a function. Times are on a logarithmic axis, lengths too where they go
+// beyond 64.
 #pragma once
 
 #include <string>

@@ -5,6 +5,10 @@
 
 namespace xfm::tool {
 
+void add_info(CLI::App& app);
+void add_test(CLI::App& app);
 void add_bench(CLI::App& app);
+void add_spectrum(CLI::App& app);
+void add_compress(CLI::App& app);
 
 }  // namespace xfm::tool

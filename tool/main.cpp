@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
   CLI::App app("Fixed-size signal transforms: what this library is here, whether it is right, how fast it is, what it does to sound.");
   app.set_version_flag("--version", std::string("xfm, library ") + xfmgenGetLibVersion()->name + ", version " + xfmgenGetLibVersion()->version);
   app.require_subcommand(1);
-  xfm::tool::add_bench(app);
-  return xfm::tool::run(app, argc, argv);
+  using namespace xfm::tool;
+  for (const auto add : {add_info, add_test, add_bench, add_spectrum, add_compress}) add(app);
+  return run(app, argc, argv);
 }
