@@ -13,7 +13,9 @@
 
 namespace {
 
-double decibels(double amplitude) { return 20 * std::log10(amplitude); }
+// To a tenth, and without the sign of a zero.
+double tenths(double level) { return std::round(10 * level) / 10 + 0.0; }
+double decibels(double amplitude) { return tenths(20 * std::log10(amplitude)); }
 
 // A name as it can be drawn: bytes that are no UTF-8 become question marks.
 std::string drawable(std::string text) {
@@ -62,7 +64,7 @@ void print_tones(SoundFile& file) {
   const double varying = file.power() - file.mean() * file.mean();
   if (tones.empty() && file.power() > 0 && varying < 1e-6 * file.power()) std::printf("  none: the recording is a constant\n");
   else if (tones.empty()) std::printf("  none: nothing above -100 dB\n");
-  for (const Tone& tone : tones) std::printf("  %8.1f Hz  %6.1f dB\n", tone.frequency, tone.level);
+  for (const Tone& tone : tones) std::printf("  %8.1f Hz  %6.1f dB\n", tone.frequency, tenths(tone.level));
 }
 
 void write_spectrogram(SoundFile& file, const std::string& path) {

@@ -30,7 +30,9 @@ std::string words(const char* message) {
 
 // A file without a name that holds all that a pipe gives.
 int copy_of_pipe(int pipe, const std::string& path) {
-  std::string name = (std::filesystem::temp_directory_path() / "xfm_sound_XXXXXX").string();
+  std::error_code error;
+  std::string name = (std::filesystem::temp_directory_path(error) / "xfm_sound_XXXXXX").string();
+  if (error) throw std::runtime_error(path + ": cannot be copied first: TMPDIR names no folder");
   const int copy = mkostemp(name.data(), O_CLOEXEC);
   const auto fail = [&] { throw std::runtime_error(path + ": its copy in " + name + " cannot be written: " + std::strerror(errno)); };
   if (copy < 0) fail();

@@ -17,8 +17,6 @@ xfm_add_test(dct4_transform_test LABEL dct4 SOURCES dct4_transform_test.cpp $<TA
   LIBRARIES xfm_headers xfmcorex64 quadmath)
 target_compile_options(dct4_transform_test PRIVATE -O2)
 
-xfm_add_test(dct4_lapped_test LABEL dct4
-  SOURCES dct4_lapped_test.cpp ${PROJECT_SOURCE_DIR}/examples/lapped_transform.cpp LIBRARIES xfmgene9 xfmcorex64)
 
 # The units once more, with the compiler's checks of undefined behaviour and of data races.
 function(dct4_sanitized name sanitizer)

@@ -54,7 +54,7 @@ OutputFile::OutputFile(const fs::path& path) : path_(path), target_(path) {
     fail(ENOENT);
   }
   const fs::path parent = target_.has_parent_path() ? target_.parent_path() : ".";
-  const fs::path folder = regular_ ? parent : fs::temp_directory_path();
+  const fs::path folder = regular_ ? parent : fs::temp_directory_path(ignored);
   descriptor_ = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
   if (descriptor_ >= 0) return;
   if (errno != EOPNOTSUPP && errno != EISDIR) fail(errno);
