@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "counts.h"
+#include "generator/output.h"
 #include "report.h"
 
 namespace {
@@ -75,11 +77,9 @@ std::set<std::string> read_names(const std::string& path) {
 
 template <typename Write>
 void save(const std::string& path, Write write) {
-  const auto part = path + ".part";
-  std::ofstream out(part);
+  std::ostringstream out;
   write(out);
-  out.close();
-  if (!out || std::rename(part.c_str(), path.c_str()) != 0) throw BadTable(path + ": cannot be written");
+  xfm::write_file(path, out.str());
 }
 
 void print_summary(const Options& options, const AuditResult& result, const std::vector<CountTable>& tables,
@@ -107,6 +107,8 @@ int run(Options options) {
   for (const auto& finding : result.findings)
     std::cout << finding.rule << '\t' << finding.where << '\t' << finding.detail << '\n';
   print_summary(options, result, tables, std::chrono::steady_clock::now() - start);
+  std::cout.flush();
+  if (!std::cout) throw std::runtime_error("standard output: cannot be written");
   return result.findings.empty() ? 0 : 1;
 }
 

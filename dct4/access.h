@@ -5,8 +5,10 @@
 
 #include <stddef.h>
 
+#include "dct4/precision.h"
 #include "generator/kernel_support.h"
 
+namespace xfm::dct4 {
 namespace {
 
 // V elements upward from p.
@@ -25,25 +27,22 @@ struct Downward {
   [[gnu::always_inline]] Element* lowest() const { return p + at; }
 };
 
-using Rising = Upward<const Real>;
-using Falling = Downward<const Real>;
-using RisingOut = Upward<Real>;
-using FallingOut = Downward<Real>;
-
 // Where V columns find their samples D[t]: at up + step*t for t >= 0, downward from the vector at down - step*t for
 // t < 0, and the last one downward from the vector at end.
+template <class Real>
 struct Columns {
   const Real* x;
   ptrdiff_t up, down, end;
-  [[gnu::always_inline]] Rising rising() const { return {x + up}; }
-  [[gnu::always_inline]] Falling falling() const { return {x, down}; }
-  [[gnu::always_inline]] Falling last() const { return {x, end}; }
+  [[gnu::always_inline]] Upward<const Real> rising() const { return {x + up}; }
+  [[gnu::always_inline]] Downward<const Real> falling() const { return {x, down}; }
+  [[gnu::always_inline]] Downward<const Real> last() const { return {x, end}; }
 };
 
-// The columns start .. start+V-1 of the folded source: reflection about the ends takes what lies before the first
-// sample from behind it, and so at the last, of which mirror = 2n-1-2*start tells the place.
-[[gnu::always_inline]] inline Columns source_columns(const Real* src, ptrdiff_t start, ptrdiff_t mirror) {
-  return {src, start, -start - Precision::kLanes, (mirror + 1) / 2 - Precision::kLanes};
+// The columns start .. start+V-1 of the folded source. The source is continued by reflection at both ends: position -1-k
+// stands for k, and position n+k for n-1-k. With mirror = 2n-1-2*start the last sample is read at (mirror+1)/2 - V.
+template <class Real>
+[[gnu::always_inline]] inline Columns<Real> source_columns(const Real* src, ptrdiff_t start, ptrdiff_t mirror) {
+  return {src, start, -start - kLanes<Real>, (mirror + 1) / 2 - kLanes<Real>};
 }
 
 // V elements into a buffer, which is aligned, and out of it.
@@ -58,18 +57,20 @@ struct Columns {
 
 // Asks for the lines of an array that will be read soon. They come into the second cache while kernels compute; into the
 // first they would come too early, and a core has few places for lines on their way there.
+template <class Real>
 [[gnu::always_inline]] inline void fetch(const Real* from, ptrdiff_t elements) {
   constexpr ptrdiff_t kLine = 64 / sizeof(Real);
   for (ptrdiff_t k = 0; k < elements; k += kLine) _mm_prefetch(from + k, _MM_HINT_T1);
 }
 
 // Whole rows, a multiple of V long, into a buffer and out of it.
+template <class Real>
 [[gnu::always_inline]] inline void copy_in(Real* row, const Real* src, ptrdiff_t elements) {
-  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) move_in(row + k, src + k);
+  for (ptrdiff_t k = 0; k < elements; k += kLanes<Real>) move_in(row + k, src + k);
 }
-template <bool past = false>
+template <bool past = false, class Real>
 [[gnu::always_inline]] inline void copy_out(Real* dst, const Real* row, ptrdiff_t elements) {
-  for (ptrdiff_t k = 0; k < elements; k += Precision::kLanes) past ? move_past(dst + k, row + k) : move_out(dst + k, row + k);
+  for (ptrdiff_t k = 0; k < elements; k += kLanes<Real>) past ? move_past(dst + k, row + k) : move_out(dst + k, row + k);
 }
 
 struct StageAccess {
@@ -107,3 +108,4 @@ struct StageAccess {
 };
 
 }  // namespace
+}  // namespace xfm::dct4

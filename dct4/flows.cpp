@@ -1,14 +1,18 @@
 #include "dct4/flows.h"
 
-#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <span>
 
 #include "generator/check.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 
 namespace {
 
-int forward_split(int length) { return length == 16 || length == 64 ? 4 : 2; }
+using Part = std::span<const int>;  // splits that are still to be done
+
+int length_of(Part splits) { return std::accumulate(splits.begin(), splits.end(), 2, std::multiplies<>()); }
 
 // The part-transform of D[r + d' l]; its last element lies beyond the range of t and is the negative of the one a
 // period before.
@@ -23,7 +27,9 @@ bool reflected(int h, int part_length) {  // bins that a split by four stores as
   return h / (part_length / 8) % 2 == 1;
 }
 
-std::vector<Complex> forward_bins(Network& net, int length, const Sequence& d, bool leave_conjugates);
+// Who conjugates the reflected bins of a split by four: the split itself, or the one around it, which gets them as they
+// are and folds each conjugation into its constants and sums. The second form saves a change of sign at every h.
+enum class Conjugations { Own, OfParts, Left };
 
 // A rotation of a value whose imaginary part is held negated: that sign goes into the constants. At r = 3 the result is
 // negated as a whole, which keeps a negative cosine positive.
@@ -44,13 +50,12 @@ void split_by_two(Network& net, int length, const std::vector<std::vector<Comple
   }
 }
 
-// Length 64 takes the bins of its parts before their conjugation, but for r = 0, and then folds one of its own
-// conjugations into a difference, so that every h costs three changes of sign.
 void split_by_four(Network& net, int length, const std::vector<std::vector<Complex>>& s, std::vector<Complex>& z,
-                   bool leave_conjugates) {
+                   Conjugations conjugations) {
   const int m2 = length / 4;
+  const bool left = conjugations == Conjugations::Left;
   for (int h = 0; h < m2 / 2; ++h) {
-    const bool pending = length == 64 && reflected(h, m2);
+    const bool pending = conjugations == Conjugations::OfParts && reflected(h, m2);
     std::vector<Complex> t = {s[0][h]};
     for (int r = 1; r < 4; ++r)
       t.push_back(pending ? rotate_conjugate(net, s[r][h], r, r * (2 * h + 1), 2 * length)
@@ -63,31 +68,32 @@ void split_by_four(Network& net, int length, const std::vector<std::vector<Compl
     Complex f3 = net.sub(even_less, turned), f2 = net.sub(even, odd);
     if (pending)
       f3.im = net.sub(turned.im, even_less.im);
-    else if (!leave_conjugates)
+    else if (!left)
       f3 = net.conjugate(f3);
     z[m2 - 1 - h] = f3;
-    z[2 * m2 - 1 - h] = leave_conjugates ? f2 : net.conjugate(f2);
+    z[2 * m2 - 1 - h] = left ? f2 : net.conjugate(f2);
   }
 }
 
-std::vector<Complex> forward_bins(Network& net, int length, const Sequence& d, bool leave_conjugates) {
-  if (length == 2) return {{d(0), d(1)}};
-  const int radix = forward_split(length);
+std::vector<Complex> forward_bins(Network& net, Part splits, const Sequence& d, Conjugations conjugations) {
+  if (splits.empty()) return {{d(0), d(1)}};
+  const int radix = splits[0], length = length_of(splits);
   std::vector<std::vector<Complex>> s;
-  for (int r = 0; r < radix; ++r)
-    s.push_back(forward_bins(net, length / radix, decimated(net, d, length, radix, r), length == 64 && r > 0));
+  for (int r = 0; r < radix; ++r) {
+    const Conjugations part = conjugations == Conjugations::OfParts && r > 0 ? Conjugations::Left : Conjugations::Own;
+    s.push_back(forward_bins(net, splits.subspan(1), decimated(net, d, length, radix, r), part));
+  }
   std::vector<Complex> z(length / 2);
   if (radix == 2)
     split_by_two(net, length, s, z);
   else
-    split_by_four(net, length, s, z, leave_conjugates);
+    split_by_four(net, length, s, z, conjugations);
   return z;
 }
 
-std::vector<Value> synthesis_by(Network& net, int length, const std::vector<Complex>& t, bool within_64);
-
 // The groups of a synthesis before its parts: E[r][h].
-std::vector<std::vector<Complex>> synthesis_groups(Network& net, int length, int radix, const std::vector<Complex>& t) {
+std::vector<std::vector<Complex>> synthesis_groups(Network& net, int length, int radix,
+                                                   const std::vector<Complex>& t) {
   const int m2 = length / radix;
   std::vector<std::vector<Complex>> e(radix, std::vector<Complex>(m2 / 2));
   for (int h = 0; h < m2 / 2; ++h) {
@@ -110,25 +116,17 @@ std::vector<std::vector<Complex>> synthesis_groups(Network& net, int length, int
   return e;
 }
 
-std::vector<Value> synthesis_by(Network& net, int length, const std::vector<Complex>& t, bool within_64) {
+std::vector<Value> synthesis_of(Network& net, Part splits, const std::vector<Complex>& t) {
   // Y(1) = -Im T, and Y(-1) = -Y(1) because Y is anti-periodic.
-  if (length == 2) return {net.negate(net.negate(t[0].im)), t[0].re};
-  const int radix = length == 64 || (length == 16 && within_64) ? 4 : 2;
+  if (splits.empty()) return {net.negate(net.negate(t[0].im)), t[0].re};
+  const int radix = splits[0], length = length_of(splits);
   const auto e = synthesis_groups(net, length, radix, t);
   std::vector<Value> y(length);
   for (int r = 0; r < radix; ++r) {
-    const std::vector<Value> part = synthesis_by(net, length / radix, e[r], within_64 || length == 64);
+    const std::vector<Value> part = synthesis_of(net, splits.subspan(1), e[r]);
     for (size_t l = 0; l < part.size(); ++l) y[r + radix * l] = part[l];
   }
   return y;
-}
-
-}  // namespace
-
-std::vector<Complex> forward(Network& net, int length, const Sequence& d) { return forward_bins(net, length, d, false); }
-
-std::vector<Value> synthesis(Network& net, int length, const std::vector<Complex>& t) {
-  return synthesis_by(net, length, t, false);
 }
 
 std::vector<Complex> dft4(Network& net, const std::vector<Complex>& t) {
@@ -137,8 +135,6 @@ std::vector<Complex> dft4(Network& net, const std::vector<Complex>& t) {
   return {net.add(even, odd), net.add(even_less, turned), net.sub(even, odd), net.sub(even_less, turned)};
 }
 
-namespace {
-
 // As dft4, with the odd legs turned before they are joined.
 std::vector<Complex> dft4_turned_legs(Network& net, const std::vector<Complex>& t) {
   const Complex even = net.add(t[0], t[2]), even_less = net.sub(t[0], t[2]);
@@ -146,8 +142,6 @@ std::vector<Complex> dft4_turned_legs(Network& net, const std::vector<Complex>& 
   const Complex turned = net.add(net.quarter(t[1]), {t[3].im, net.negate(t[3].re)});
   return {net.add(even, odd), net.add(even_less, turned), net.sub(even, odd), net.sub(even_less, turned)};
 }
-
-}  // namespace
 
 std::vector<Complex> dft8(Network& net, const std::vector<Complex>& t) {
   const std::vector<Complex> even = dft4_turned_legs(net, {t[0], t[2], t[4], t[6]});
@@ -164,32 +158,43 @@ std::vector<Complex> dft8(Network& net, const std::vector<Complex>& t) {
   return out;
 }
 
-std::vector<Complex> combine(Network& net, int radix, const std::vector<Complex>& s, const Rotation& rotation) {
+std::vector<Complex> dft(Network& net, const std::vector<Complex>& t) {
+  check(t.size() == 4 || t.size() == 8, "a complex DFT has 4 or 8 points");
+  return t.size() == 4 ? dft4(net, t) : dft8(net, t);
+}
+
+}  // namespace
+
+std::vector<Complex> forward(Network& net, const Splits& splits, const Sequence& d, bool fold_parts) {
+  return forward_bins(net, splits, d, fold_parts ? Conjugations::OfParts : Conjugations::Own);
+}
+
+std::vector<Value> synthesis(Network& net, const Splits& splits, const std::vector<Complex>& t) {
+  return synthesis_of(net, splits, t);
+}
+
+std::vector<Complex> combine(Network& net, const Splits& splits, const std::vector<Complex>& s, const Rotation& rotation) {
   const auto turned = [&](Complex value, int section, int entry) {
     const Complex w = rotation(section, entry);
     return net.rotate(value, w.re, w.im);
   };
-  if (radix == 8) {
-    std::vector<Complex> t = {s[0]};
-    for (int r = 1; r < 8; ++r) t.push_back(turned(s[r], 0, r - 1));
-    return dft8(net, t);
-  }
-  check(radix == 16 || radix == 32, "a combining step has radix 8, 16 or 32");
-  const int e = radix / 4;
+  const int e = splits[0], legs = static_cast<int>(s.size()) / e;
+  check(splits.size() == (legs == 1 ? 1 : 2) && (legs == 1 || legs == 4), "a combining step has one DFT, or DFTs and those of four");
   std::vector<std::vector<Complex>> u;
-  for (int b = 0; b < 4; ++b) {
+  for (int b = 0; b < legs; ++b) {
     std::vector<Complex> leg = {s[b]};
-    for (int a = 1; a < e; ++a) leg.push_back(turned(s[b + 4 * a], 0, a - 1));
-    u.push_back(e == 8 ? dft8(net, leg) : dft4(net, leg));
+    for (int a = 1; a < e; ++a) leg.push_back(turned(s[b + legs * a], 0, a - 1));
+    u.push_back(dft(net, leg));
   }
-  std::vector<Complex> f(radix);
+  if (legs == 1) return u[0];
+  std::vector<Complex> f(s.size());
   for (int j = 0; j < e; ++j) {
     std::vector<Complex> leg = {u[0][j]};
-    for (int b = 1; b < 4; ++b) leg.push_back(turned(u[b][j], 1, 3 * j + b - 1));
-    const std::vector<Complex> out = dft4(net, leg);
-    for (int q = 0; q < 4; ++q) f[j + e * q] = out[q];
+    for (int b = 1; b < legs; ++b) leg.push_back(turned(u[b][j], 1, 3 * j + b - 1));
+    const std::vector<Complex> out = dft(net, leg);
+    for (int q = 0; q < legs; ++q) f[j + e * q] = out[q];
   }
   return f;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dct4

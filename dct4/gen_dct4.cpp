@@ -1,76 +1,82 @@
-// Writes a unit of the DCT-IV, or the report on the operations of its kernels:
-//   gen_dct4 32f|64f <counts.tsv> <unit.cpp>
-//   gen_dct4 report <counts.tsv> <report.tsv>
-// The operations of every kernel are compared with the table of counts first.
-#include <map>
-
+// Writes a unit of the DCT-IV, or the counts of its functions:
+//   gen_dct4 32f|64f <kernels.tsv> <unit.cpp>
+//   gen_dct4 report <kernels.tsv> <report.tsv>    every kernel
+//   gen_dct4 functions <kernels.tsv> <report.tsv> the functions that hold them, for the audit of the compiled code
+// Every kernel is first held to the operations that its row states.
 #include "dct4/kernels.h"
 #include "generator/program.h"
-#include "generator/table.h"
 #include "generator/text.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 namespace {
 
-void check_counts(const std::vector<StageKernel>& kernels, const std::string& path) {
-  std::map<std::pair<std::string, int>, const TableRow*> rows;
-  const Table table = Table::read(path, {"kernel", "length", "multiplications", "additions"});
-  for (const TableRow& row : table.rows())
-    if (!rows.emplace(std::pair(row["kernel"], row.integer("length")), &row).second) row.fail("this kernel has a row already");
-  for (const StageKernel& k : kernels) {
-    const auto found = rows.find({k.kind, k.length});
-    const std::string name = k.kind + " " + std::to_string(k.length);
-    if (found == rows.end()) fail_input(path, 0, "no row for " + name);
-    const TableRow& row = *found->second;
-    const int products = k.net.multiplications(), sums = k.net.additions();
-    if (products != row.integer("multiplications") || sums != row.integer("additions"))
-      row.fail(name + " has " + std::to_string(products) + " multiplications and " + std::to_string(sums) + " additions");
-  }
+const std::string kTypes[] = {"32f", "64f"};
+
+std::string unit_text(const std::string& table, const std::string& type) {
+  std::string text = unit_head("pgendct4_" + type + "g9", "gen_dct4");
+  text += "#include \"dct4/kernel_set.h\"\n\nnamespace xfm::dct4 {\n\n";
+  text += std::string("using Precision = ") + (type == "32f" ? "Single" : "Double") + ";\nusing Real = Precision::Real;\n\n";
+  for (const StageKernel& k : stage_kernels(table, type)) text += kernel_text(k, type);
+  return text + "}  // namespace xfm::dct4\n\n#include \"dct4/entries_" + type + ".h\"\n";
 }
 
-std::string unit_text(const std::vector<StageKernel>& kernels, bool single) {
-  const std::string tag = single ? "32f" : "64f";
-  const std::string unit = "pgendct4_" + tag + "g9";
-  std::string text = unit_head(unit, "gen_dct4");
-  text += "#include \"dct4/precision.h\"\n\n";
-  text += std::string("using Precision = xfm::dct4::") + (single ? "Single" : "Double") + ";\nusing Real = Precision::Real;\n";
-  text += "#define XFM_DCT4(name) owngDCT4_" + tag + "g9_##name\n";
-  text += "#define XFM_DCT4_PUBLIC(name) xfmgDCT4##name##_" + tag + "\n\n#include \"dct4/access.h\"\n\nnamespace {\n\n";
-  for (const StageKernel& k : kernels) {
-    text += kernel_text(k, single);
-    if (k.kind == "synthesis" && k.length == 8) text += "#define XFM_DCT4_SYNTHESIS_8\n\n";
-  }
-  return text + "}  // namespace\n\n#include \"dct4/entries.h\"\n#include \"dct4/transform_" + tag + ".h\"\n";
-}
-
-std::string report_text(const std::string& path) {
+std::string report_text(const std::string& table) {
   std::string text = "# made by gen_dct4 from the kernels as they are written; additions include changes of sign\n"
                      "precision\tkernel\tlength\tmultiplications\tadditions\n";
-  for (const bool single : {true, false}) {
-    const std::vector<StageKernel> kernels = stage_kernels(single);
-    check_counts(kernels, path);
-    for (const StageKernel& k : kernels)
-      text += std::string(single ? "32f" : "64f") + "\t" + k.kind + "\t" + std::to_string(k.length) + "\t" +
+  for (const std::string& type : kTypes)
+    for (const StageKernel& k : stage_kernels(table, type))
+      text += type + "\t" + k.plan.row["kernel"] + "\t" + std::to_string(k.plan.length) + "\t" +
               std::to_string(k.net.multiplications()) + "\t" + std::to_string(k.net.additions()) + "\n";
+  return text;
+}
+
+// A function holds each kernel of its kind once; the decimated columns are too long for the shortest.
+struct Holder {
+  std::string function;
+  bool (*holds)(const KernelPlan&);
+};
+
+std::vector<Holder> holders(const std::string& type) {
+  const std::string stage = "owngDCT4_" + type + "g9_env";
+  return {{stage + "5_compute", [](const KernelPlan& k) { return k.kind == KernelKind::Forward; }},
+          {stage + "9_direct_compute", [](const KernelPlan& k) { return k.kind == KernelKind::Forward && k.length >= 16; }},
+          {stage + "4_compute", [](const KernelPlan& k) { return k.kind == KernelKind::Synthesis; }},
+          {stage + "8_compute", [](const KernelPlan& k) { return k.kind == KernelKind::Combine; }},
+          {type == "32f" ? stage + "1_compute" : "xfmgDCT4_64f", [](const KernelPlan& k) { return k.whole(); }}};
+}
+
+std::string functions_text(const std::string& table) {
+  std::string text = "function\tadds\tmuls\tpacked_mul\n";
+  for (const std::string& type : kTypes) {
+    const std::vector<StageKernel> kernels = stage_kernels(table, type);
+    for (const Holder& h : holders(type)) {
+      int sums = 0, products = 0, packed = 0;
+      for (const StageKernel& k : kernels) {
+        if (!h.holds(k.plan)) continue;
+        sums += k.net.additions();
+        products += k.net.multiplications();
+        packed += k.plan.whole() ? 0 : k.net.multiplications();
+      }
+      text += h.function + "\t" + std::to_string(sums) + "\t" + std::to_string(products) + "\t" + std::to_string(packed) + "\n";
+    }
   }
   return text;
 }
 
+std::string text_of(const std::string& what, const std::string& table) {
+  if (what == "report") return report_text(table);
+  if (what == "functions") return functions_text(table);
+  for (const std::string& type : kTypes)
+    if (what == type) return unit_text(table, type);
+  throw InputError("gen_dct4: no such unit: " + what);
+}
+
 void run(int argc, char** argv) {
-  if (argc != 4) throw InputError("usage: gen_dct4 32f|64f|report counts.tsv output");
-  const std::string what = argv[1];
-  if (what == "report") {
-    write_file(argv[3], report_text(argv[2]));
-  } else if (what == "32f" || what == "64f") {
-    const std::vector<StageKernel> kernels = stage_kernels(what == "32f");
-    check_counts(kernels, argv[2]);
-    write_file(argv[3], unit_text(kernels, what == "32f"));
-  } else {
-    throw InputError("gen_dct4: no such unit: " + what);
-  }
+  if (argc != 4) throw InputError("usage: gen_dct4 32f|64f|report|functions kernels.tsv output");
+  write_file(argv[3], text_of(argv[1], argv[2]));
 }
 
 }  // namespace
-}  // namespace xfm
+}  // namespace xfm::dct4
 
-int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::run); }
+int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::dct4::run); }

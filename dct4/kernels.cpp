@@ -5,13 +5,15 @@
 #include "generator/check.h"
 #include "generator/text.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 
 namespace {
 
 Type vector_type(bool single) { return single ? Type::F32x8 : Type::F64x4; }
 Type half_type(bool single) { return single ? Type::F32x4 : Type::F64x2; }
 Type scalar_type(bool single) { return single ? Type::F32 : Type::F64; }
+
+StageKernel vector_kernel(const KernelPlan& plan, bool single) { return {plan, Network(vector_type(single), Signs::Explicit)}; }
 
 std::string number(int x) { return std::to_string(x); }
 
@@ -23,10 +25,11 @@ int place(std::vector<std::string>& arrays, const std::string& expression) {
 
 // Forward kernel on V columns: D[t] is read upward for t >= 0, downward for the others, the last one negated; bin g goes
 // to the rows 2g and 2g+1.
-StageKernel forward_kernel(int length, bool single) {
-  StageKernel k{"forward", length, Network(vector_type(single), Signs::Explicit), {}, {}, {}, {}};
-  k.parameters = "const Columns& x, ptrdiff_t step, Real* y, ptrdiff_t stride";
-  k.prelude = {"const Rising rising = x.rising();", "const Falling falling = x.falling();"};
+StageKernel forward_kernel(const KernelPlan& plan, bool single) {
+  const int length = plan.length;
+  StageKernel k = vector_kernel(plan, single);
+  k.parameters = "const Columns<Real>& x, ptrdiff_t step, Real* y, ptrdiff_t stride";
+  k.prelude = {"const Upward<const Real> rising = x.rising();", "const Downward<const Real> falling = x.falling();"};
   std::vector<int> operand(length + 1, -1);
   const Sequence d = [&](int t) {
     int& known = operand[t + length / 2];
@@ -39,7 +42,7 @@ StageKernel forward_kernel(int length, bool single) {
     }
     return Value{known};
   };
-  const std::vector<Complex> z = forward(k.net, length, d);
+  const std::vector<Complex> z = forward(k.net, plan.splits, d, plan.fold_parts);
   for (int g = 0; g < length / 2; ++g) {
     k.net.store(z[g].re, place(k.targets, "(y + " + number(2 * g) + " * stride)"), 0);
     k.net.store(z[g].im, place(k.targets, "(y + " + number(2 * g + 1) + " * stride)"), 0);
@@ -65,9 +68,12 @@ std::vector<Value> gathered(Network& net, bool single, int row_length, int first
 }
 
 // Twiddle and synthesis of V groups of 2d = length reals.
-StageKernel synthesis_kernel(int length, bool single) {
-  StageKernel k{"synthesis", length, Network(vector_type(single), Signs::Explicit), {"t", "table"}, {}, {}, {}};
-  k.parameters = "const Real* t, const Real* table, const RisingOut& rising, const FallingOut& falling, ptrdiff_t step";
+StageKernel synthesis_kernel(const KernelPlan& plan, bool single) {
+  const int length = plan.length;
+  StageKernel k = vector_kernel(plan, single);
+  k.sources = {"t", "table"};
+  k.parameters = "const Real* t, const Real* table, const Upward<Real>& rising, const Downward<Real>& falling, ptrdiff_t step";
+  if ((plan.splits[0] == 4) != (length / 2 >= kJoinsFourFrom)) plan.row.fail("splits: the table of twiddles is not in this order");
   const int d = length / 2, lanes = width(k.net.type()), half = lanes / 2;
   std::vector<Value> re, im;
   for (int first = 0; first < d; first += half) {
@@ -76,23 +82,25 @@ StageKernel synthesis_kernel(int length, bool single) {
   }
   std::vector<Complex> t(d);
   for (int p = 0; p < d; ++p) {
-    const int column = dct4::synthesis_column(d, p);
+    const int column = synthesis_column(d, p);
     const Value c = k.net.load(1, 2 * p * lanes), s = k.net.load(1, (2 * p + 1) * lanes);
     t[column] = k.net.rotate({re[column], im[column]}, c, s);
   }
-  const std::vector<Value> y = synthesis(k.net, length, t);
+  const std::vector<Value> y = synthesis(k.net, plan.splits, t);
   for (int u = 0; u < d; ++u) k.net.store(y[u + d], place(k.targets, "(rising + " + number(u) + " * step)"), 0);
   for (int u = 1; u <= d; ++u) k.net.store(y[d - u], place(k.targets, "(falling + " + number(-(2 * d - u)) + " * step)"), 0);
   return k;
 }
 
 // One h of a combining step: S of V columns from the rows of w to the rows of Z.
-StageKernel combine_kernel(int radix, bool single) {
-  StageKernel k{"combine", radix, Network(vector_type(single), Signs::Explicit), {"inner", "outer"}, {}, {}, {}};
+StageKernel combine_kernel(const KernelPlan& plan, bool single) {
+  const int radix = plan.length;
+  StageKernel k = vector_kernel(plan, single);
+  k.sources = {"inner", "outer"};
   k.parameters =
       "const Real* w, ptrdiff_t row, const Real* inner, const Real* outer, Real* rising, Real* falling, ptrdiff_t stride, "
       "ptrdiff_t step";
-  if (radix == 8) k.prelude = {"(void)outer;"};
+  if (plan.splits.size() == 1) k.prelude = {"(void)outer;"};
   const int lanes = width(k.net.type());
   const auto row = [&](int r) { return k.net.load(place(k.sources, "(w + " + number(r) + " * row)"), 0); };
   std::vector<Complex> s;
@@ -100,7 +108,7 @@ StageKernel combine_kernel(int radix, bool single) {
   const Rotation rotation = [&](int section, int entry) {
     return Complex{k.net.load(section, 2 * entry * lanes), k.net.load(section, (2 * entry + 1) * lanes)};
   };
-  const std::vector<Complex> f = combine(k.net, radix, s, rotation);
+  const std::vector<Complex> f = combine(k.net, plan.splits, s, rotation);
   const auto store = [&](const Complex& z, const std::string& bin) {
     k.net.store(z.re, place(k.targets, "(" + bin + ")"), 0);
     k.net.store(z.im, place(k.targets, "(" + bin + " + stride)"), 0);
@@ -110,7 +118,7 @@ StageKernel combine_kernel(int radix, bool single) {
   return k;
 }
 
-void straight_2(Network& net) {
+void rotation(Network& net, const KernelPlan&) {
   const Real c = cos_turn(1, 16), s = sin_turn(1, 16);
   const Value a = net.load(0, 0), b = net.load(0, 1);
   net.store(net.add(net.mul(a, c), net.mul(b, s)), 0, 0);
@@ -118,7 +126,7 @@ void straight_2(Network& net) {
 }
 
 // Rotations in lifting form: three products and three sums each.
-void straight_4(Network& net) {
+void lifting(Network& net, const KernelPlan&) {
   const auto lift = [&](Value x, Value y, int odd) {  // by the angle odd*pi/16
     const Real tangent = sin_turn(odd, 64) / cos_turn(odd, 64), sine = sin_turn(odd, 32);
     const Value a = net.sub(x, net.mul(y, tangent));
@@ -135,62 +143,69 @@ void straight_4(Network& net) {
 }
 
 // n = d*m: the d columns are read in a zigzag of period 2d, the groups written in one of period m.
-void straight_split(Network& net, int n, int d) {
-  const int m = n / d;
+void straight(Network& net, const KernelPlan& plan) {
+  const int n = plan.length, d = plan.columns, m = n / d;
   std::vector<std::vector<Complex>> z;
   for (int b = 0; b < d; ++b)
-    z.push_back(forward(net, m, [&](int t) {
+    z.push_back(forward(net, plan.splits, [&](int t) {
       if (t == m / 2) return net.negate(net.load(0, n - 1 - b));
       return net.load(0, t >= 0 ? 2 * d * t + b : -2 * d * t - 1 - b);
     }));
   for (int g = 0; g < m / 2; ++g) {
     std::vector<Complex> t;
     for (int b = 0; b < d; ++b) t.push_back(net.rotate(z[b][g], (2 * b + 1) * (2 * g + 1), 8 * n));
-    const std::vector<Value> y = synthesis(net, 2 * d, t);
+    const std::vector<Value> y = synthesis(net, plan.group_splits, t);
     for (int u = 0; u < d; ++u) net.store(y[u + d], 0, m * u + g);
     for (int u = 1; u <= d; ++u) net.store(y[d - u], 0, m * u - 1 - g);
   }
 }
 
-StageKernel straight_kernel(int n, bool single) {
-  StageKernel k{"straight", n, Network(scalar_type(single), Signs::Folded), {"x"}, {"y"}, "const Real* x, Real* y", {}};
-  if (n == 2)
-    straight_2(k.net);
-  else if (n == 4)
-    straight_4(k.net);
-  else
-    straight_split(k.net, n, n == 16 || n == 64 ? 4 : 2);
+StageKernel scalar_kernel(const KernelPlan& plan, bool single, void (*make)(Network&, const KernelPlan&)) {
+  StageKernel k{plan, Network(scalar_type(single), Signs::Folded), {"x"}, {"y"}, "const Real* x, Real* y"};
+  make(k.net, plan);
   return k;
+}
+
+StageKernel kernel_of(const KernelPlan& plan, bool single) {
+  switch (plan.kind) {
+    case KernelKind::Rotation: return scalar_kernel(plan, single, rotation);
+    case KernelKind::Lifting: return scalar_kernel(plan, single, lifting);
+    case KernelKind::Straight: return scalar_kernel(plan, single, straight);
+    case KernelKind::Forward: return forward_kernel(plan, single);
+    case KernelKind::Synthesis: return synthesis_kernel(plan, single);
+    case KernelKind::Combine: return combine_kernel(plan, single);
+  }
+  throw std::logic_error("a kind of kernel");
 }
 
 }  // namespace
 
-std::vector<StageKernel> stage_kernels(bool single) {
+std::vector<StageKernel> stage_kernels(const std::filesystem::path& table, const std::string& type) {
   std::vector<StageKernel> kernels;
-  for (int n = 2; n <= (single ? 64 : 32); n *= 2) kernels.push_back(straight_kernel(n, single));
-  for (int length : {8, 16, 32, 64}) kernels.push_back(forward_kernel(length, single));
-  for (int length : {8, 16, 32, 64})
-    if (length / 2 >= width(vector_type(single))) kernels.push_back(synthesis_kernel(length, single));
-  for (int radix : {8, 16, 32}) kernels.push_back(combine_kernel(radix, single));
+  for (const KernelPlan& plan : read_kernel_plans(table, type)) {
+    const StageKernel& k = kernels.emplace_back(kernel_of(plan, type == "32f"));
+    const int products = k.net.multiplications(), sums = k.net.additions();
+    if (products != plan.multiplications || sums != plan.additions)
+      plan.row.fail(plan.name() + " has " + number(products) + " multiplications and " + number(sums) + " additions");
+  }
   return kernels;
 }
 
-std::string kernel_text(const StageKernel& k, bool single) {
-  const std::string name = k.kind + number(k.length);
+std::string kernel_text(const StageKernel& k, const std::string& type) {
+  const std::string name = k.plan.name(), pool = "DCT4_" + name + "_" + type;
   BodyNames names;
   names.sources = k.sources;
   names.targets = k.targets;
-  names.pool = "owngPool_DCT4_" + name + (single ? "_32f" : "_64f");
+  names.pool = "owngPool_" + pool;
   names.access = "StageAccess";
-  names.loads_first = k.kind == "straight";
-  std::string text = "// " + name + ": " + number(k.net.multiplications()) + " multiplications, " +
-                     number(k.net.additions()) + " additions\n";
-  if (!k.net.program().pool().empty())
-    text += pool_text(k.net.program(), names.pool.substr(9), single, {}, 1);
-  text += "XFM_INLINE void " + name + "(" + k.parameters + ") {\n";
+  names.loads_first = k.plan.whole();
+  std::string text = "// " + name + ": " + number(k.plan.multiplications) + " multiplications, " + number(k.plan.additions) +
+                     " additions\n";
+  if (!k.net.program().pool().empty()) text += pool_text(k.net.program(), pool, type == "32f", {}, 1);
+  text += "template <>\n[[gnu::always_inline]] inline void Kernels<Precision>::" + name + "(" + k.parameters + ") {\n";
   for (const std::string& line : k.prelude) text += "  " + line + "\n";
   for (const std::string& line : body_text(k.net.program(), names)) text += "  " + line + "\n";
   return text + "}\n\n";
 }
 
-}  // namespace xfm
+}  // namespace xfm::dct4

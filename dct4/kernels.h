@@ -4,21 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "dct4/kernel_plans.h"
 #include "dct4/network.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 
 struct StageKernel {
-  std::string kind;  // forward, synthesis, combine, straight
-  int length = 0;
+  KernelPlan plan;
   Network net;
-  std::vector<std::string> sources, targets;
-  std::string parameters;           // of the function <kind><length>
-  std::vector<std::string> prelude;  // statements before the body
+  std::vector<std::string> sources = {}, targets = {};
+  std::string parameters = {};            // of the function
+  std::vector<std::string> prelude = {};  // statements before the body
 };
 
-// All kernels of one precision, in the order of the unit.
-std::vector<StageKernel> stage_kernels(bool single);
-std::string kernel_text(const StageKernel& kernel, bool single);
+// All kernels of one precision, in the order of the unit. Operations other than the plan's are bad input.
+std::vector<StageKernel> stage_kernels(const std::filesystem::path& table, const std::string& type);
+// The definition of a member of Kernels<precision> (dct4/kernel_set.h), with its pool of constants.
+std::string kernel_text(const StageKernel& kernel, const std::string& type);
 
-}  // namespace xfm
+}  // namespace xfm::dct4

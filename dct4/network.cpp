@@ -4,7 +4,7 @@
 
 #include "generator/check.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 
 Value Network::add(Value a, Value b) {
   if (!a.minus && !b.minus) return op(Op::Add, type_, std::min(a.id, b.id), std::max(a.id, b.id));
@@ -62,4 +62,4 @@ int Network::count(bool additions) const {
   return total;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dct4

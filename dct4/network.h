@@ -3,7 +3,7 @@
 
 #include "generator/machine.h"
 
-namespace xfm {
+namespace xfm::dct4 {
 
 // Whether a change of sign is an operation of its own, zero minus the value, or is folded into the sums that use it.
 enum class Signs { Explicit, Folded };
@@ -55,4 +55,4 @@ class Network {
   Program program_;
 };
 
-}  // namespace xfm
+}  // namespace xfm::dct4

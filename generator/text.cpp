@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <map>
 
 #include "generator/check.h"
@@ -318,17 +317,6 @@ std::string pool_text(const Program& program, const std::string& name, bool sing
   }
   return "struct Pool_" + name + " {\n" + members + "};\nXFM_POOL const Pool_" + name + " owngPool_" + name + " = {\n" +
          values + "};\n";
-}
-
-void write_file(const std::string& path, const std::string& text) {
-  const std::string part = path + ".part";
-  {
-    std::ofstream out(part, std::ios::binary);
-    out << text;
-    out.flush();
-    if (!out) throw InputError(part + ": cannot be written");
-  }
-  if (std::rename(part.c_str(), path.c_str()) != 0) throw InputError(path + ": cannot be put in place");
 }
 
 }  // namespace xfm

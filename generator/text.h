@@ -9,6 +9,7 @@
 
 #include "generator/gate.h"
 #include "generator/machine.h"
+#include "generator/output.h"  // IWYU pragma: export
 
 namespace xfm {
 
@@ -47,8 +48,5 @@ struct Kernel {
 std::string kernel_text(const Kernel& kernel);
 // The head of a unit, up to the first kernel.
 std::string unit_head(const std::string& unit, const std::string& maker);
-
-// Writes under a temporary name and renames, so that there is never half a file.
-void write_file(const std::string& path, const std::string& text);
 
 }  // namespace xfm

@@ -21,7 +21,7 @@ if(TARGET xfm_wht OR TARGET xfm_dct4)
   list(APPEND expected --needed libxfmcorex64.so.6.1)
 endif()
 if(TARGET xfm_dct4)
-  list(APPEND expected --needed libm.so.6 --counts ${PROJECT_SOURCE_DIR}/audit/dct4_counts.tsv)
+  list(APPEND expected --needed libm.so.6 --counts ${PROJECT_BINARY_DIR}/reports/dct4_functions.tsv)
 endif()
 if(TARGET xfm_wht)
   list(APPEND expected --counts ${PROJECT_SOURCE_DIR}/audit/wht_counts.tsv

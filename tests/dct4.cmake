@@ -33,9 +33,13 @@ dct4_sanitized(dct4_race_test thread dct4_transform_test.cpp ${PROJECT_SOURCE_DI
 target_compile_options(dct4_race_test PRIVATE -Wno-tsan)  # it says that it does not know the fence
 
 # A kernel whose operations differ from the table stops the generator, which says so and leaves no unit behind.
-file(READ ${PROJECT_SOURCE_DIR}/plans/dct4_counts.tsv counts_text)
+file(READ ${PROJECT_SOURCE_DIR}/plans/dct4_kernels.tsv counts_text)
 string(REPLACE "224\t528" "224\t527" counts_text "${counts_text}")
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/dct4_wrong_counts.tsv "${counts_text}")
-add_test(NAME dct4_counts_gate COMMAND gen_dct4 64f dct4_wrong_counts.tsv dct4_no_unit.cpp)
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/dct4_wrong_kernels.tsv "${counts_text}")
+add_test(NAME dct4_counts_gate COMMAND gen_dct4 64f dct4_wrong_kernels.tsv dct4_no_unit.cpp)
 set_tests_properties(dct4_counts_gate PROPERTIES LABELS dct4 WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
-  PASS_REGULAR_EXPRESSION "dct4_wrong_counts.tsv:[0-9]+: forward 64 has 224 multiplications and 528 additions")
+  PASS_REGULAR_EXPRESSION "dct4_wrong_kernels.tsv:[0-9]+: forward64 has 224 multiplications and 528 additions")
+
+file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/dct4/*.h ${PROJECT_SOURCE_DIR}/wht/*.h)
+xfm_add_script_test(dct4_headers_alone dct4 bash ${CMAKE_CURRENT_SOURCE_DIR}/headers_alone.sh ${CMAKE_CXX_COMPILER}
+  -I${PROJECT_SOURCE_DIR} -I${PROJECT_BINARY_DIR}/include -- ${headers})

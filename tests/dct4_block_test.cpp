@@ -14,12 +14,12 @@
 using xfm::dct4::Api;
 
 #define METHODS(tag, env) void owngDCT4_##tag##g9_##env##___del__(void*); XfmStatus owngDCT4_##tag##g9_##env##_plan(void*);
+#define FUNCTION_METHODS(tag, Real, name)                                                                               \
+  void owngDCT4_##tag##g9_env##name##___del__(void*); Real owngDCT4_##tag##g9_env##name##_at(const void*, int, int, int);
 #define CLASSES(tag, Real)                                                                                              \
   METHODS(tag, env1) METHODS(tag, env2) METHODS(tag, env3) METHODS(tag, env4) METHODS(tag, env5) METHODS(tag, env7)      \
-  METHODS(tag, env8) METHODS(tag, env9) void owngDCT4_##tag##g9_envfunction___del__(void*);                             \
-  Real owngDCT4_##tag##g9_envfCompose_at(const void*, int, int, int);                                                   \
-  Real owngDCT4_##tag##g9_envfsplit_at(const void*, int, int, int);                                                     \
-  Real owngDCT4_##tag##g9_envlambda_at(const void*, int, int, int);
+  METHODS(tag, env8) METHODS(tag, env9) FUNCTION_METHODS(tag, Real, fCompose) FUNCTION_METHODS(tag, Real, fsplit)       \
+  FUNCTION_METHODS(tag, Real, lambda)
 extern "C" {
 CLASSES(32f, float)
 CLASSES(64f, double)
@@ -42,7 +42,7 @@ struct Classes {
 };
 
 #define CLASS(tag, number) {address(owngDCT4_##tag##g9_env##number##___del__), address(owngDCT4_##tag##g9_env##number##_plan)}
-#define FUNCTION(tag, name) {address(owngDCT4_##tag##g9_envfunction___del__), address(owngDCT4_##tag##g9_env##name##_at)}
+#define FUNCTION(tag, name) {address(owngDCT4_##tag##g9_env##name##___del__), address(owngDCT4_##tag##g9_env##name##_at)}
 #define ALL_CLASSES(tag)                                                                                            \
   Classes{{{}, CLASS(tag, 1), CLASS(tag, 2), CLASS(tag, 3), CLASS(tag, 4), CLASS(tag, 5), {}, CLASS(tag, 7),        \
            CLASS(tag, 8), CLASS(tag, 9)}, FUNCTION(tag, fCompose), FUNCTION(tag, fsplit), FUNCTION(tag, lambda),    \

@@ -35,6 +35,14 @@ TEST(Names, EveryPublicFunctionIsFound) {
     EXPECT_NE(symbol(function.name), nullptr) << function.name;
 }
 
+TEST(Names, HeaderAndLibraryAreOfOneVersion) {
+  const XfmLibraryVersion* record = xfmgenGetLibVersion();
+  EXPECT_EQ(record->major, XFM_VERSION_MAJOR);
+  EXPECT_EQ(record->minor, XFM_VERSION_MINOR);
+  EXPECT_TRUE(std::string(record->version).starts_with(XFM_VERSION_STRING " "));
+  EXPECT_EQ(std::string("libxfmgene9.so." XFM_VERSION_STRING), record->name);
+}
+
 // A dispatcher and the kernel of the same size, on the same data and flag: the same status and the same bytes.
 void expect_same(const xfm::Function& dispatcher, const xfm::Function& kernel, const void* src, int flag) {
   using Kernel = XfmStatus(const void*, void*, int, void*);

@@ -36,14 +36,31 @@ done
 [ "$run" -eq 14 ] || exit 1
 gcc -std=c99 -Wstrict-prototypes -Wmissing-prototypes -Werror -I"$folder" -fsyntax-only "$work/use.c"
 
-# Its only macro is the guard.
+# Its macros are the guard and the version, which is usable in #if.
 echo '#include <stdint.h>' | gcc -dM -E -x c - | sort >"$work/before"
 printf '#include <stdint.h>\n#include "xfm.h"\n' | gcc -dM -E -I"$folder" -x c - | sort >"$work/after"
-[ "$(comm -13 "$work/before" "$work/after")" = "#define XFM_H " ] || {
-  echo "the header defines macros:" >&2
-  comm -13 "$work/before" "$work/after" >&2
+macros=$(comm -13 "$work/before" "$work/after" | cut -d' ' -f2 | tr '\n' ' ')
+[ "$macros" = "XFM_H XFM_VERSION XFM_VERSION_MAJOR XFM_VERSION_MINOR XFM_VERSION_STRING " ] || {
+  echo "the header defines macros: $macros" >&2
   exit 1
 }
+cat >"$work/version.c" <<'C'
+#include "xfm.h"
+#if XFM_VERSION != 6001
+#error "XFM_VERSION"
+#endif
+C
+compile "$folder" gcc c99 version.c
+
+# What it says about C's complex numbers, without a warning.
+cat >"$work/complex.c" <<'C'
+#include "xfm.h"
+XfmStatus use(const float _Complex* x, float _Complex* y);
+XfmStatus use(const float _Complex* x, float _Complex* y) {
+  return xfmgDFTFwd_CToC_15_32fc((const Xfm32fc*)x, (Xfm32fc*)y, xfmScaleNone);
+}
+C
+compile "$folder" gcc c99 complex.c
 
 # These checks can fail: one that lacks an include, one that converts without a word.
 mkdir "$work/faulty"

@@ -103,6 +103,33 @@ py::array dct4(const py::array& x, int axis, int n, double factor) {
   return finished(std::move(y), status);
 }
 
+// The axis counted from 0, or -1 unless x is an array of T with 2 to 64 points along it.
+template <class T>
+int plain_axis(const py::handle& x, const py::handle& axis) {
+  if (!py::isinstance<py::array_t<T>>(x) || !PyLong_CheckExact(axis.ptr())) return -1;
+  const auto array = py::reinterpret_borrow<py::array>(x);
+  long a = PyLong_AsLong(axis.ptr());
+  if (a < 0) a += array.ndim();
+  return a >= 0 && a < array.ndim() && array.shape(a) >= 2 && array.shape(a) <= 64 ? static_cast<int>(a) : -1;
+}
+
+// Calls with an array that needs no conversion and the unscaled transform of its own length; None where it is not so, and the
+// Python side goes the long way. Most of the time of a short transform is the way to it.
+py::object plain_dft(const py::object& x, const py::object& axis) {
+  const auto run = [&]<class T>(int a) { return dft<T>(x, a, static_cast<int>(py::array(x).shape(a)), true, xfmScaleNone); };
+  if (const int a = plain_axis<std::complex<float>>(x, axis); a >= 0) return run.operator()<float>(a);
+  if (const int a = plain_axis<std::complex<double>>(x, axis); a >= 0) return run.operator()<double>(a);
+  return py::none();
+}
+py::object plain_real_dft(const py::object& x, const py::object& axis) {
+  const auto run = [&]<class T>(int a) {
+    return real_dft_as<T, xfm::Ccs>(x, a, static_cast<int>(py::array(x).shape(a)), xfmScaleNone);
+  };
+  if (const int a = plain_axis<float>(x, axis); a >= 0) return run.operator()<float>(a);
+  if (const int a = plain_axis<double>(x, axis); a >= 0) return run.operator()<double>(a);
+  return py::none();
+}
+
 // Each function for single and double precision, under one name with 32 or 64 behind it.
 template <class T>
 void define(py::module_& m, const std::string& bits) {
@@ -120,5 +147,7 @@ void define(py::module_& m, const std::string& bits) {
 PYBIND11_MODULE(_native, m) {
   xfm_python::define<float>(m, "32");
   xfm_python::define<double>(m, "64");
+  m.def("plain_dft", &xfm_python::plain_dft);
+  m.def("plain_real_dft", &xfm_python::plain_real_dft);
   m.def("version", [] { return std::string(xfm::library_version().version); });
 }

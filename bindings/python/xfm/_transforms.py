@@ -30,6 +30,8 @@ def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=
     division, the default), "ortho" (by sqrt(n)) or "forward" (by n). `overwrite_x` and `workers` are accepted and change
     nothing. Raises ValueError for other lengths, TypeError for types without a transform.
     """
+    if n is None and norm is None and plan is None and (y := _native.plain_dft(x, axis)) is not None:
+        return y
     _no_plan(plan)
     return _complex(x, n, axis, norm, True)
 
@@ -49,6 +51,8 @@ def real_forward(x, n, axis, layout, flag):
 
 def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
     """The bins 0 to n/2 of the DFT of n real samples, 2 to 64."""
+    if n is None and norm is None and plan is None and (y := _native.plain_real_dft(x, axis)) is not None:
+        return y
     _no_plan(plan)
     return real_forward(x, n, axis, "ccs", _arrays.flag(norm, True))
 
