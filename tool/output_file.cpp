@@ -114,10 +114,4 @@ void OutputFile::copy_into_place() {
   if (error != 0) fail(error);
 }
 
-void write_whole(const fs::path& path, std::string_view bytes) {
-  OutputFile file(path);
-  file.write(bytes);
-  file.commit();
-}
-
 }  // namespace xfm::tool

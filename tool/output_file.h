@@ -32,7 +32,4 @@ class OutputFile {
   int descriptor_ = -1;
 };
 
-// The whole of a short file.
-void write_whole(const std::filesystem::path& path, std::string_view bytes);
-
 }  // namespace xfm::tool
