@@ -50,6 +50,14 @@ CLI::Validator sizes_between(int least, int most) {
           "LIST"};
 }
 
+const CLI::Validator kAlignment([](const std::string& text) -> std::string {
+  const std::vector<int> value = parse_sizes(text);
+  const bool good = value.size() == 1 && value[0] >= 32 && value[0] <= 4096 && (value[0] & (value[0] - 1)) == 0;
+  return good ? "" : text + " is no power of two from 32 to 4096";
+}, "BYTES");
+
+}  // namespace
+
 const CLI::Validator kRegex([](const std::string& text) -> std::string {
   try {
     const std::regex expression(text);
@@ -58,14 +66,6 @@ const CLI::Validator kRegex([](const std::string& text) -> std::string {
     return text + " is no regular expression";
   }
 }, "REGEX");
-
-const CLI::Validator kAlignment([](const std::string& text) -> std::string {
-  const std::vector<int> value = parse_sizes(text);
-  const bool good = value.size() == 1 && value[0] >= 32 && value[0] <= 4096 && (value[0] & (value[0] - 1)) == 0;
-  return good ? "" : text + " is no power of two from 32 to 4096";
-}, "BYTES");
-
-}  // namespace
 
 std::vector<int> Options::size_list() const { return parse_sizes(sizes); }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
 #include <memory>
 #include <regex>
 #include <string>
@@ -58,6 +59,7 @@ class Results {
   tool::PictureFormat format_ = tool::PictureFormat::Svg;
 };
 
+extern const CLI::Validator kRegex;
 void add_options(CLI::App& app, const Benchmark& benchmark, Options& options);
 void add_options(CLI::App& app, Outputs& outputs);
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <utility>
 
 #include "generator/check.h"
@@ -92,6 +93,16 @@ nlohmann::ordered_json Report::json() const {
     rows.push_back(std::move(cells));
   }
   return {{"benchmark", name_}, {"columns", columns}, {"rows", rows}, {"notes", notes_}};
+}
+
+Report Report::selected(const std::string& only) const {
+  Report result(name_, columns_);
+  result.silent_ = true;
+  result.notes_ = notes_;
+  const std::regex expression(only);
+  for (const Row& row : rows_)
+    if (std::regex_search(std::get<std::string>(row[0]), expression)) result.rows_.push_back(row);
+  return result;
 }
 
 Report Report::from_json(const nlohmann::ordered_json& report) {

@@ -34,6 +34,8 @@ class Report {
 
   [[nodiscard]] std::string tsv() const;
   [[nodiscard]] nlohmann::ordered_json json() const;
+  // The rows of functions whose names match a regular expression; silent.
+  [[nodiscard]] Report selected(const std::string& only) const;
   // Silent: what was measured before.
   static Report from_json(const nlohmann::ordered_json& report);
 

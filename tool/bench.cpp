@@ -18,8 +18,9 @@ const Benchmark* const kFamilies[] = {&kComplex, &kReal, &kHartley, &kHadamard, 
 
 struct Settings {
   Outputs outputs;
-  std::string from;
+  std::vector<std::string> from;
   Options all;
+  int rounds = 0;
   std::vector<Options> one = std::vector<Options>(std::size(kFamilies));
 };
 
@@ -27,13 +28,15 @@ void run_all(const Settings& settings) {
   Results results(settings.outputs);
   std::vector<Report> reports;
   if (!settings.from.empty()) {
-    reports = read_json_document(settings.from);
+    for (const std::string& file : settings.from)
+      for (const Report& report : read_json_document(file)) reports.push_back(report.selected(settings.all.only));
   } else {
     require_avx();
     for (const Benchmark* family : kFamilies) {
       Options options = family->defaults;
       options.rivals = settings.all.rivals;
       options.copies = settings.all.copies;
+      options.pace.rounds = settings.rounds > 0 ? settings.rounds : options.pace.rounds;
       for (Report& report : family->run(options)) reports.push_back(std::move(report));
     }
   }
@@ -49,7 +52,9 @@ void add_bench(CLI::App& app) {
                 "Figures of one run compare; those of different runs do only on a quiet machine.");
   bench->require_subcommand(0, 1);
   add_options(*bench, settings->outputs);
-  bench->add_option("--from", settings->from, "takes the results of an earlier run instead of measuring")->type_name("FILE.json");
+  bench->add_option("--from", settings->from, "takes the results of earlier runs instead of measuring")->type_name("FILE.json");
+  bench->add_option("--only", settings->all.only, "of earlier results: functions whose names match")->check(kRegex);
+  bench->add_option("--rounds", settings->rounds, "rounds of every family, else those of its own settings")->check(CLI::Range(1, 100000));
   bench->add_flag("--copies", settings->all.copies, "the other copies of the library, too, as far as this processor runs them");
   bench->add_option("--rivals", settings->all.rivals, "plans of FFTW: all (MEASURE and PATIENT), measure or none")
       ->check(CLI::IsMember({"all", "measure", "none"}))->capture_default_str();
