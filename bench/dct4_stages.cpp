@@ -15,34 +15,7 @@ namespace xfm::bench {
 
 using namespace xfm::dct4;
 
-#define STAGES(name, Real)                                                                          \
-  XfmStatus name##_env4_compute(const Env4*, Real* dst, const Real* t, const Range&);               \
-  XfmStatus name##_env5_compute(const Env5*, Real* t, const Real* src);                             \
-  XfmStatus name##_env8_compute(const Env8*, Real* t, const Real* w, ptrdiff_t, ptrdiff_t, const Range&); \
-  XfmStatus name##_env9_compute(const Env9*, Real* w, const Real* src, ptrdiff_t, ptrdiff_t);
-extern "C" {
-STAGES(owngDCT4_32fg9, float)
-STAGES(owngDCT4_64fg9, double)
-}
-
 namespace {
-
-template <class Real>
-struct Compute;
-template <>
-struct Compute<float> {
-  static constexpr auto env4 = owngDCT4_32fg9_env4_compute;
-  static constexpr auto env5 = owngDCT4_32fg9_env5_compute;
-  static constexpr auto env8 = owngDCT4_32fg9_env8_compute;
-  static constexpr auto env9 = owngDCT4_32fg9_env9_compute;
-};
-template <>
-struct Compute<double> {
-  static constexpr auto env4 = owngDCT4_64fg9_env4_compute;
-  static constexpr auto env5 = owngDCT4_64fg9_env5_compute;
-  static constexpr auto env8 = owngDCT4_64fg9_env8_compute;
-  static constexpr auto env9 = owngDCT4_64fg9_env9_compute;
-};
 
 constexpr double kVectorBytes = 32;
 
@@ -71,11 +44,11 @@ class Stages {
     const Env5* const forward = first_of<Env5>(first_of<Env3>(root->stageTwo)->stageOne);
     Real* const t = static_cast<Real*>(root->scratch);
     if (forward->stageOne->item == nullptr)
-      add("env5", [=](long) { Compute<Real>::env5(forward, t, src); }, 0);
+      add("env5", [=](long) { StageFunctions<Real>::env5_compute(forward, t, src); }, 0);
     else
       add_level(first_of<Env7>(forward->stageOne), {{t, 0, forward->wrap}}, kColumns, 1);
     const Env4* const groups = first_of<Env4>(first_of<Env2>(root->stageOne)->stageOne);
-    add("env4", [=](long) { Compute<Real>::env4(groups, dst, t, {0, groups->chunks}); },
+    add("env4", [=](long) { StageFunctions<Real>::env4_compute(groups, dst, t, {0, groups->chunks}); },
         2 * groups->radix * kVectorBytes * groups->chunks);
   }
   const std::vector<Stage>& all() const { return stages_; }
@@ -105,7 +78,7 @@ class Stages {
     }
     add("env9" + mark,
         [=](long) {
-          for (const Use<Real>& use : uses) Compute<Real>::env9(parts, w, src, use.start, use.mirror);
+          for (const Use<Real>& use : uses) StageFunctions<Real>::env9_compute(parts, w, src, use.start, use.mirror);
         },
         0);
     if (parts->stageOne->item != nullptr) {  // moves what the env9 and the env8 below it move
@@ -117,7 +90,7 @@ class Stages {
     add("env8" + mark,
         [=](long) {
           for (const Use<Real>& use : uses)
-            Compute<Real>::env8(combine, use.t, w, stride, combine->cols * stride, {0, combine->chunks});
+            StageFunctions<Real>::env8_compute(combine, use.t, w, stride, combine->cols * stride, {0, combine->chunks});
         },
         (2 * combine->radix - 2) * kVectorBytes * combine->chunks * static_cast<double>(uses.size()));
   }

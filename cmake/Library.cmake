@@ -15,6 +15,7 @@ function(xfm_library target)
   endif()
   if(XFM_INSTALL)
     install(TARGETS ${target} EXPORT XfmTargets
-      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${target} NAMELINK_COMPONENT development
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
 endfunction()

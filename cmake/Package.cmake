@@ -33,3 +33,7 @@ if(NOT TARGET uninstall)
     COMMAND ${CMAKE_COMMAND} -D FOLDER=${CMAKE_BINARY_DIR} -P ${CMAKE_CURRENT_LIST_DIR}/uninstall.cmake
     COMMENT "Removing what was installed" VERBATIM)
 endif()
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(packaging/CPack.cmake)
+endif()

@@ -47,21 +47,10 @@ XFM_INTERNAL int32_t owngDCT4_32fg9_env9_mem(int32_t cols, int32_t outerA, int32
                                          int32_t radix, int32_t outerLength, int32_t stride, int32_t outerStride);
 
 XFM_INTERNAL XfmStatus owngDCT4_32fg9_env1_compute(const Env1* self, float* dst, const float* src);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env4_compute(const Env4* self, float* dst, const float* t,
-                                               const Range& groups);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env5_compute(const Env5* self, float* t, const float* src);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env7_compute(const Env7* self, float* t, const float* src, ptrdiff_t start,
-                                               ptrdiff_t mirror, ptrdiff_t stride);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env8_compute(const Env8* self, float* t, const float* w, ptrdiff_t stride,
-                                               ptrdiff_t half_step, const Range& bins);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env9_compute(const Env9* self, float* w, const float* src, ptrdiff_t start,
-                                               ptrdiff_t mirror);
-XFM_INTERNAL XfmStatus owngDCT4_32fg9_env9_direct_compute(const Env9* self, float* w, const float* src,
-                                                      ptrdiff_t start, ptrdiff_t mirror);
 }
 
 template <>
-struct Entries<Single> {
+struct Entries<Single> : StageFunctions<float> {
   static constexpr auto env1_del = owngDCT4_32fg9_env1___del__;
   static constexpr auto env2_del = owngDCT4_32fg9_env2___del__;
   static constexpr auto env3_del = owngDCT4_32fg9_env3___del__;
@@ -88,12 +77,6 @@ struct Entries<Single> {
   static constexpr auto function_at = owng_TFunc_IIIR_at;
   static constexpr auto env5_mem = owngDCT4_32fg9_env5_mem;
   static constexpr auto env9_mem = owngDCT4_32fg9_env9_mem;
-  static constexpr auto env4_compute = owngDCT4_32fg9_env4_compute;
-  static constexpr auto env5_compute = owngDCT4_32fg9_env5_compute;
-  static constexpr auto env7_compute = owngDCT4_32fg9_env7_compute;
-  static constexpr auto env8_compute = owngDCT4_32fg9_env8_compute;
-  static constexpr auto env9_compute = owngDCT4_32fg9_env9_compute;
-  static constexpr auto env9_direct_compute = owngDCT4_32fg9_env9_direct_compute;
   static constexpr auto get_size = xfmgDCT4GetSize_32f;
   static constexpr auto init = xfmgDCT4Init_32f;
 };

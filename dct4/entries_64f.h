@@ -46,22 +46,10 @@ XFM_INTERNAL int32_t owngDCT4_64fg9_env5_mem(int32_t cols, int32_t length, int32
                                          int32_t lengthAgain, int32_t radix);
 XFM_INTERNAL int32_t owngDCT4_64fg9_env9_mem(int32_t cols, int32_t outerA, int32_t outerB, int32_t span, int32_t outerSpan,
                                          int32_t radix, int32_t outerLength, int32_t stride, int32_t outerStride);
-
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env4_compute(const Env4* self, double* dst, const double* t,
-                                               const Range& groups);
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env5_compute(const Env5* self, double* t, const double* src);
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env7_compute(const Env7* self, double* t, const double* src, ptrdiff_t start,
-                                               ptrdiff_t mirror, ptrdiff_t stride);
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env8_compute(const Env8* self, double* t, const double* w, ptrdiff_t stride,
-                                               ptrdiff_t half_step, const Range& bins);
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env9_compute(const Env9* self, double* w, const double* src, ptrdiff_t start,
-                                               ptrdiff_t mirror);
-XFM_INTERNAL XfmStatus owngDCT4_64fg9_env9_direct_compute(const Env9* self, double* w, const double* src,
-                                                      ptrdiff_t start, ptrdiff_t mirror);
 }
 
 template <>
-struct Entries<Double> {
+struct Entries<Double> : StageFunctions<double> {
   static constexpr auto env1_del = owngDCT4_64fg9_env1___del__;
   static constexpr auto env2_del = owngDCT4_64fg9_env2___del__;
   static constexpr auto env3_del = owngDCT4_64fg9_env3___del__;
@@ -88,12 +76,6 @@ struct Entries<Double> {
   static constexpr auto function_at = owng_TFunc_IIIR_at;
   static constexpr auto env5_mem = owngDCT4_64fg9_env5_mem;
   static constexpr auto env9_mem = owngDCT4_64fg9_env9_mem;
-  static constexpr auto env4_compute = owngDCT4_64fg9_env4_compute;
-  static constexpr auto env5_compute = owngDCT4_64fg9_env5_compute;
-  static constexpr auto env7_compute = owngDCT4_64fg9_env7_compute;
-  static constexpr auto env8_compute = owngDCT4_64fg9_env8_compute;
-  static constexpr auto env9_compute = owngDCT4_64fg9_env9_compute;
-  static constexpr auto env9_direct_compute = owngDCT4_64fg9_env9_direct_compute;
   static constexpr auto get_size = xfmgDCT4GetSize_64f;
   static constexpr auto init = xfmgDCT4Init_64f;
 };

@@ -95,9 +95,24 @@ class BodyStream {
     MicroOp op{ports(inst.op), cost(inst.op).latency, is_load(inst.op)};
     for (int operand : {inst.a, inst.b, inst.c})
       if (operand >= 0) use(op, operand, at);
+    if (converts_by_halves(inst)) op.latency += spread(op);
     hold(value, at + 1);
     body_.push_back(op);
     made_by_[value] = static_cast<int>(body_.size()) - 1;
+  }
+
+  // Four values and more change their precision in two operations, one of which moves lanes.
+  bool converts_by_halves(const Inst& inst) const {
+    if (inst.op != Op::Widen && inst.op != Op::Narrow) return false;
+    return !is_leaf(insts_[inst.a].op) && std::max(bits(inst.type), bits(insts_[inst.a].type)) > 128;
+  }
+
+  // Puts the move before the operation; the latency of the two is longer by so much.
+  int spread(MicroOp& op) {
+    body_.push_back({kShufflePorts, 1, op.loads, op.sources});
+    op.loads = false;
+    op.sources = {static_cast<int>(body_.size()) - 1};
+    return 1;
   }
 
   // An operand comes from a register, or from memory where that is its last use, or is loaded into a register.

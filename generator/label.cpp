@@ -5,19 +5,14 @@
 namespace xfm {
 
 void OperandLabel::taken_by(const Label& user, int place) {
-  if (uses_++ == 0) {
-    common_ = user;
-    if (!user.empty()) common_.pop_back(), own_ = {user.back()};
-    place_ = place;
-    return;
-  }
-  const auto [end, unused] = std::mismatch(common_.begin(), common_.end(), user.begin(), user.end());
-  common_.erase(end, common_.end());
+  constexpr int kSeveral = -1;
+  if (label_.empty()) label_ = user, place_ = place;
+  for (size_t i = 0; i < std::min(label_.size(), user.size()) && label_[i].loop == user[i].loop; ++i)
+    if (label_[i].iteration != user[i].iteration) label_[i].iteration = kSeveral;
 }
 
 Label OperandLabel::label() const {
-  Label label = common_;
-  label.insert(label.end(), own_.begin(), own_.end());
+  Label label = label_;
   label.push_back({"operand", place_});
   return label;
 }

@@ -15,17 +15,17 @@ struct LoopStep {
 };
 using Label = std::vector<LoopStep>;
 
-// The label of a value that others take as an operand: what their labels begin with alike, the number of the first of
-// them, and the place at which that one takes it, as one more loop.
+// The label of a value by those that take it as an operand: that of the first of them, without the iterations in which the
+// others differ, and the place at which the first one takes it, as one more loop.
 class OperandLabel {
  public:
   void taken_by(const Label& user, int place);
-  bool empty() const { return uses_ == 0; }
+  bool empty() const { return label_.empty(); }
   Label label() const;
 
  private:
-  Label common_, own_;  // own_: the last step of the first user
-  int uses_ = 0, place_ = 0;
+  Label label_;
+  int place_ = 0;
 };
 
 }  // namespace xfm

@@ -1,14 +1,21 @@
 // Writes the units of the real transforms.
-//   gen_rdft UNIT PLANS OUTPUT              a unit, pgenrdftfwdccs32f and its like
-//   gen_rdft counts-FAMILY PLANS OUTPUT     counts of the forward, inverse or hartley kernels, a line for each
+//   gen_rdft UNIT PLANS TARGET OUTPUT            a unit, pgenrdftfwdccs32f and its like
+//   gen_rdft forms PLANS TARGET OUTPUT           forms of the packed kernels with their operations and modelled cycles
+//   gen_rdft counts-FAMILY PLANS TARGET OUTPUT   counts of the forward, inverse or hartley kernels, a line for each
+// The kernels of the target `base` are scalar; those of others are packed by the rows of pack_recipes.tsv.
 // PLANS is the directory of the plan tables. Nothing is written unless every row's flow costs what the row says.
+#include <cmath>
 #include <map>
+#include <optional>
 
 #include "generator/check.h"
 #include "generator/functions.h"
+#include "generator/pack_recipes.h"
 #include "generator/program.h"
+#include "generator/schedule.h"
 #include "generator/text.h"
 #include "rdft/lower.h"
+#include "rdft/packing.h"
 #include "rdft/rows.h"
 
 namespace xfm::rdft {
@@ -43,7 +50,27 @@ Program program_of(const Transform& t, const Row& row, Precision precision) {
   return program;
 }
 
-std::string unit_text(const Transform& t, const std::string& type, const std::string& plans) {
+// The base target has no recipes.
+struct Forms {
+  std::string target;
+  std::optional<pack::Recipes> recipes;
+};
+
+Program packed(const Program& scalar, const Transform& t, int n, const pack::Rule& rule, const Forms& forms) {
+  if (rule.lanes == 1) return scalar;
+  const pack::Network network = pack::read_network(scalar);
+  return pack::pack(network, pack::find_families(network), rule, {forms.target == "v4"}, grid(t.source, t.target, n));
+}
+
+// Puts a kernel's program into the form of the target and says so in its note.
+void take_form(Kernel& kernel, const Transform& t, const std::string& type, const Forms& forms) {
+  if (!forms.recipes) return;
+  const pack::Rule& rule = forms.recipes->find(forms.target, kernels_name(t.family), kernel.length, type);
+  kernel.note += "; " + pack::form_text(rule);
+  kernel.program = packed(kernel.program, t, kernel.length, rule, forms);
+}
+
+std::string unit_text(const Transform& t, const std::string& type, const std::string& plans, const Forms& forms) {
   const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
   const Precision precision = kTypes.at(type);
   std::string text = unit_head(t.unit + type, "gen_rdft");
@@ -62,8 +89,28 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
     kernel.note = row.plan + "; " + std::to_string(row.counts.additions) + " additions, " +
                   std::to_string(row.counts.multiplications) + " multiplications";
     kernel.program = program_of(t, row, precision);
+    take_form(kernel, t, type, forms);
     text += kernel_text(kernel);
   }
+  return text;
+}
+
+std::string forms_text(const std::string& plans, const Forms& forms) {
+  std::string text = "name\tform\tadditions\tmultiplications\tconversions\tmoves\tblends\tloads\tstores\tcycles\tscalar cycles\n";
+  const int registers = forms.target == "v4" ? 32 : 16;
+  const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, registers), registers); };
+  for (const Transform& t : kTransforms)
+    for (const Row& row : read_rows(plans, t.family))
+      for (const auto& [type, precision] : kTypes) {
+        const pack::Rule& rule = forms.recipes->find(forms.target, kernels_name(t.family), row.length, type);
+        const Program scalar = program_of(t, row, precision), program = packed(scalar, t, row.length, rule, forms);
+        const PortUse use = port_use(program);
+        text += symbol(t, row.length, type) + "\t" + pack::form_text(rule);
+        for (int count : {use.adds, use.muls, use.converts, use.moves(), use.others, use.loads, use.stores})
+          text += "\t" + std::to_string(count);
+        for (const Program* p : {&program, &scalar}) text += "\t" + std::to_string(std::lround(cycles(*p)));
+        text += "\n";
+      }
   return text;
 }
 
@@ -89,19 +136,23 @@ std::string counts_text(const Transform& first, const std::string& plans) {
   return text;
 }
 
-std::string text_of(const std::string& what, const std::string& plans) {
+std::string text_of(const std::string& what, const std::string& plans, const Forms& forms) {
+  if (what == "forms") return forms_text(plans, forms);
   if (what == "counts-forward") return counts_text(kTransforms[0], plans);
   if (what == "counts-inverse") return counts_text(kTransforms[3], plans);
   if (what == "counts-hartley") return counts_text(kTransforms[6], plans);
   for (const Transform& t : kTransforms)
     for (const auto& [type, precision] : kTypes)
-      if (what == t.unit + type) return unit_text(t, type, plans);
+      if (what == t.unit + type) return unit_text(t, type, plans, forms);
   throw InputError("no unit or report is named " + what);
 }
 
 void program(int argc, char** argv) {
-  if (argc != 4) throw InputError("usage: gen_rdft UNIT|counts-FAMILY PLANS OUTPUT");
-  write_file(argv[3], text_of(argv[1], argv[2]));
+  if (argc != 5) throw InputError("usage: gen_rdft UNIT|forms|counts-FAMILY PLANS TARGET OUTPUT");
+  const std::string plans = argv[2], target = argv[3];
+  Forms forms{target, {}};
+  if (target != "base") forms.recipes = pack::Recipes::read(plans + "/pack_recipes.tsv");
+  write_file(argv[4], text_of(argv[1], plans, forms));
 }
 
 }  // namespace

@@ -12,7 +12,11 @@
 #include <stdexcept>
 #include <vector>
 
+#include "xfm.h"
+
 namespace test_arrays {
+
+inline constexpr int kFlags[] = {xfmScaleNone, xfmScaleBySqrtN, xfmScaleFwdByN, xfmScaleInvByN};
 
 // Uniform in [-1, 1], the same for the same seed.
 template <class T>
@@ -34,40 +38,64 @@ bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
 
-// An array that ends, or begins, at an unreadable page; the rest of its own page is filled and can be checked.
+// Pages between two unreadable ones, filled.
+class GuardedPages {
+ public:
+  explicit GuardedPages(size_t bytes, unsigned char fill = 0xff)
+      : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))), inner_((bytes + page_ - 1) / page_ * page_) {
+    base_ = static_cast<unsigned char*>(mmap(nullptr, inner_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    if (base_ == MAP_FAILED) throw std::runtime_error("mmap");
+    protect(PROT_READ | PROT_WRITE);
+    std::memset(first(), fill, inner_);
+  }
+  ~GuardedPages() { munmap(base_, inner_ + 2 * page_); }
+  GuardedPages(const GuardedPages&) = delete;
+
+  unsigned char* first() const { return base_ + page_; }
+  unsigned char* last() const { return first() + inner_; }  // behind the last
+  unsigned char* at_end(size_t bytes) const { return last() - bytes; }
+  void forbid_writing() const { protect(PROT_READ); }
+  // Elements flush with the end of the pages, or with their beginning.
+  template <class T>
+  T* array(size_t count, bool at_end) const {
+    return reinterpret_cast<T*>(at_end ? last() - count * sizeof(T) : first());
+  }
+
+ private:
+  void protect(int access) const {
+    if (inner_ > 0 && mprotect(first(), inner_, access) != 0) throw std::runtime_error("mprotect");
+  }
+
+  size_t page_, inner_;
+  unsigned char* base_;
+};
+
+// An array that ends, or begins, at an unreadable page; the rest of its pages is filled and can be checked.
 template <class T>
 class Guarded {
  public:
   enum class At { Begin, End };
 
-  Guarded(int count, At at, int shift = 0) : count_(count), page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
-    base_ = static_cast<unsigned char*>(mmap(nullptr, 3 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    if (base_ == MAP_FAILED) throw std::runtime_error("mmap");
-    if (mprotect(base_ + page_, page_, PROT_READ | PROT_WRITE) != 0) throw std::runtime_error("mprotect");
-    std::memset(base_ + page_, kFill, page_);
-    data_ = reinterpret_cast<T*>(at == At::Begin ? base_ + page_ : base_ + 2 * page_ - count * sizeof(T)) +
-            (at == At::Begin ? shift : -shift);
-  }
-  ~Guarded() { munmap(base_, 3 * page_); }
-  Guarded(const Guarded&) = delete;
+  Guarded(int count, At at, int shift = 0)
+      : count_(count), pages_(std::max<size_t>((count + shift) * sizeof(T), 1), kFill),
+        data_(pages_.array<T>(count, at == At::End) + (at == At::Begin ? shift : -shift)) {}
 
   T* data() { return data_; }
   std::vector<T> values() const { return {data_, data_ + count_}; }
   void fill(const std::vector<T>& values) { std::copy(values.begin(), values.end(), data_); }
-  void protect() { mprotect(base_ + page_, page_, PROT_READ); }
-  // The page around the array is as it was.
+  void protect() { pages_.forbid_writing(); }
+  // The pages around the array are as they were.
   bool clean_around() const {
-    for (const unsigned char* p = base_ + page_; p < base_ + 2 * page_; ++p)
-      if ((p < reinterpret_cast<unsigned char*>(data_) || p >= reinterpret_cast<unsigned char*>(data_ + count_)) && *p != kFill)
-        return false;
-    return true;
+    const auto* const first = reinterpret_cast<const unsigned char*>(data_);
+    const auto* const last = reinterpret_cast<const unsigned char*>(data_ + count_);
+    const auto filled = [](unsigned char byte) { return byte == kFill; };
+    return std::all_of<const unsigned char*>(pages_.first(), first, filled) && std::all_of<const unsigned char*>(last, pages_.last(), filled);
   }
 
  private:
   static constexpr unsigned char kFill = 0x5a;
   int count_;
-  size_t page_;
-  unsigned char* base_;
+  GuardedPages pages_;
   T* data_;
 };
 

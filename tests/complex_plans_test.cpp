@@ -1,86 +1,42 @@
 // Bad rows in the plan tables of the complex transforms, given to the generator as it is run by the build: it names the file
 // and the line, says why, and leaves nothing behind.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "generator/table.h"
+#include "tests/plans_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// A table as lines of cells.
-class Lines {
- public:
-  explicit Lines(const fs::path& path) {
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);) lines_.push_back(xfm::split(line, '\t'));
-  }
-  // The line that begins with these cells.
-  size_t find(const std::vector<std::string>& cells) const {
-    for (size_t i = 0; i < lines_.size(); ++i)
-      if (lines_[i].size() >= cells.size() && std::equal(cells.begin(), cells.end(), lines_[i].begin())) return i;
-    throw std::runtime_error("no row " + cells.at(0));
-  }
-  std::vector<std::string>& operator[](size_t line) { return lines_.at(line); }
-  void erase(size_t line) { lines_.erase(lines_.begin() + static_cast<long>(line)); }
-  void repeat(size_t line) { lines_.insert(lines_.begin() + static_cast<long>(line), lines_.at(line)); }
-  void write(const fs::path& path) const {
-    std::ofstream out(path);
-    for (const auto& cells : lines_)
-      for (size_t i = 0; i < cells.size(); ++i) out << cells[i] << (i + 1 == cells.size() ? "\n" : "\t");
-  }
-
- private:
-  std::vector<std::vector<std::string>> lines_;
-};
+using xfm::test::Lines;
 
 class ComplexPlans : public testing::Test {
  protected:
-  ComplexPlans() {
-    std::string name = (fs::temp_directory_path() / "xfm_plans_XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-  }
-  ~ComplexPlans() override { fs::remove_all(folder_); }
-
-  // Exit code; what was said is in `said_`.
+  // Exit code; what was said is in `folder_.said`.
   int generate() {
     plans_.write(folder_ / "plans.tsv");
     blocks_.write(folder_ / "blocks.tsv");
-    const std::string in = folder_.string() + "/";
-    const std::string command = std::string("timeout 20 ") + XFM_GEN_DFT + " " + XFM_FUNCTIONS + " " + in + "plans.tsv " + in + "blocks.tsv " + in +
-                                "out/report.tsv " + dispatcher_ + " " + in + "out/unit.cpp 2>" + in + "said";
+    const std::string in = folder_.path().string() + "/";
     fs::create_directory(folder_ / "out");
-    const int status = std::system(command.c_str());
-    std::ostringstream said;
-    said << std::ifstream(folder_ / "said").rdbuf();
-    said_ = said.str();
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return folder_.run(std::string("timeout 20 ") + XFM_GEN_DFT + " " + XFM_FUNCTIONS + " " + in + "plans.tsv " + in + "blocks.tsv " +
+                       in + "out/report.tsv " + dispatcher_ + " " + in + "out/unit.cpp");
   }
 
   void expect_refused(const std::string& what, const std::string& where, const std::string& why) {
-    EXPECT_EQ(generate(), 1) << what << ": " << said_;
-    EXPECT_NE(said_.find(where), std::string::npos) << what << ": expected " << where << ", got " << said_;
-    EXPECT_NE(said_.find(why), std::string::npos) << what << ": expected " << why << ", got " << said_;
+    EXPECT_EQ(generate(), 1) << what << ": " << folder_.said;
+    EXPECT_NE(folder_.said.find(where), std::string::npos) << what << ": expected " << where << ", got " << folder_.said;
+    EXPECT_NE(folder_.said.find(why), std::string::npos) << what << ": expected " << why << ", got " << folder_.said;
     EXPECT_TRUE(fs::is_empty(folder_ / "out")) << what;
   }
 
   void reset() { plans_ = Lines(fs::path(XFM_PLANS) / "complex_plans.tsv"), blocks_ = Lines(fs::path(XFM_PLANS) / "lane_blocks.tsv"); }
 
-  fs::path folder_;
+  xfm::test::PlansFolder folder_;
   Lines plans_{fs::path(XFM_PLANS) / "complex_plans.tsv"}, blocks_{fs::path(XFM_PLANS) / "lane_blocks.tsv"};
-  std::string said_, dispatcher_ = "xfmgDFTFwd_CToC_32fc";
+  std::string dispatcher_ = "xfmgDFTFwd_CToC_32fc";
 };
 
 TEST_F(ComplexPlans, TheTablesThemselvesAreAccepted) {
-  EXPECT_EQ(generate(), 0) << said_;
+  EXPECT_EQ(generate(), 0) << folder_.said;
   EXPECT_TRUE(fs::exists(folder_ / "out/unit.cpp") && fs::exists(folder_ / "out/report.tsv"));
 }
 

@@ -20,7 +20,7 @@ namespace complex_test {
 
 using namespace test_arrays;  // NOLINT: the tests are one program each
 
-inline constexpr int kFlags[] = {xfmScaleNone, xfmScaleBySqrtN, xfmScaleFwdByN, xfmScaleInvByN};
+using test_arrays::kFlags;
 
 inline const xfm::FunctionList& functions() {
   static const xfm::FunctionList list = xfm::FunctionList::read(XFM_FUNCTIONS);

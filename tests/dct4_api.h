@@ -5,11 +5,11 @@
 
 #include <cmath>
 #include <cstdint>
-#include <random>
 #include <vector>
 
 #include "dct4/objects.h"
 #include "dct4/public_api.h"
+#include "tests/arrays.h"
 
 using xfm::dct4::Api;
 
@@ -40,12 +40,8 @@ class Planned {
 };
 
 template <class T>
-std::vector<T> noise(int n, unsigned seed = 1) {
-  std::mt19937 random(seed + static_cast<unsigned>(n));
-  std::normal_distribution<double> normal;
-  std::vector<T> x(n);
-  for (T& v : x) v = static_cast<T>(normal(random));
-  return x;
+std::vector<T> noise(int n) {
+  return test_arrays::random_values<T>(n, 1 + static_cast<unsigned>(n));
 }
 
 // One bin in 113-bit arithmetic; the cosines by recurrence, whose error stays below 1e-20 for all lengths.
@@ -61,6 +57,22 @@ __float128 exact_bin(const std::vector<T>& x, int64_t k) {
     now = next;
   }
   return sum;
+}
+
+template <class Env>
+const Env* first_of(const xfm::dct4::EnvList* stage) {
+  return static_cast<const Env*>(EnvList_get(stage, 0));
+}
+
+// Every env7 of a planned tree, from the top.
+template <class T>
+std::vector<const xfm::dct4::Env7*> splits_of(const Planned<T>& plan) {
+  using namespace xfm::dct4;
+  std::vector<const Env7*> found;
+  if (plan.root()->scratch == nullptr) return found;
+  const auto* split = first_of<Env7>(first_of<Env5>(first_of<Env3>(plan.root()->stageTwo)->stageOne)->stageOne);
+  for (; split != nullptr; split = first_of<Env7>(first_of<Env9>(split->stageTwo)->stageOne)) found.push_back(split);
+  return found;
 }
 
 // Relative error in the 2-norm over up to `most` bins, spread over all lanes and rows.

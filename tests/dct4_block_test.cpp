@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "dct4/public_api.h"
+#include "tests/dct4_radix.h"
 
 using xfm::dct4::Api;
 
@@ -143,12 +144,6 @@ class Model {
     return o.children == nullptr ? sum : sum + released(o.children);
   }
 
-  static int64_t radix(int64_t x) {
-    const int64_t most = x >= 512 ? 32 : x >= 128 ? 16 : x >= 32 ? 8 : x >= 16 ? 4 : x >= 4 ? 2 : 0;
-    for (int64_t r = most; r >= 2; r /= 2)
-      if (x % r == 0) return r;
-    return 0;
-  }
   static int log2(int64_t x) { return std::bit_width(static_cast<uint64_t>(x)) - 1; }
   static bool power(int64_t x, int64_t most) { return x >= 2 && x <= most && (x & (x - 1)) == 0; }
   static int64_t part_rule(int64_t m) { return power(m, 64) ? log2(m) : 7; }
@@ -157,7 +152,7 @@ class Model {
     Object& o = *root_;
     const int64_t most = lanes_ == 8 ? 64 : 32;
     const bool direct = power(n, most);
-    const int64_t rule = direct ? log2(n) : log2(most) + 1, d = direct ? 0 : radix(n / 2);
+    const int64_t rule = direct ? log2(n) : log2(most) + 1, d = direct ? 0 : radix_of(n / 2);
     Address scratch = 0;
     if (!direct) o.memory = n * element_;
     const bool grown = direct || (d != 0 && grow_groups(o, n, d) && grow_columns(o, n, d));
@@ -213,7 +208,7 @@ class Model {
     Object& env7 = make(96, 2);
     own(parent, env7), add(parent.stages[0], env7.at);
     env7.memory = outer.length * element_;
-    const int64_t d = radix(outer.m / 2);
+    const int64_t d = radix_of(outer.m / 2);
     const bool grown = d != 0 && (grow_combination(env7, outer, d), grow_parts(env7, outer, d));
     const Address scratch = grown ? take(env7.memory) : 0;
     expect(env7, classes_.env[7], {first(env7.children), first(env7.stages[0]), first(env7.stages[1]), scratch},

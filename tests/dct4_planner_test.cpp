@@ -8,22 +8,27 @@
 #include <map>
 
 #include "dct4_api.h"
+#include "dct4_radix.h"
 #include "generator/table.h"
 
 using namespace xfm::dct4;
 
 namespace {
-int g_blocks = 0, g_null_frees = 0;
+int g_blocks = 0, g_null_frees = 0, g_calls = 0;
+void* g_freed = nullptr;
 bool g_dry = false;
 }  // namespace
 
 extern "C" {
 void* xfmMalloc(int size) {
+  ++g_calls;
   if (g_dry) return nullptr;
   ++g_blocks;
   return std::malloc(static_cast<size_t>(size));
 }
 void xfmFree(void* block) {
+  ++g_calls;
+  g_freed = block;
   block == nullptr ? ++g_null_frees : --g_blocks;
   std::free(block);
 }
@@ -36,19 +41,13 @@ namespace {
 struct SizeFormula {
   int64_t lanes, element;
 
-  static int64_t radix(int64_t x) {
-    const int64_t most = x >= 512 ? 32 : x >= 128 ? 16 : x >= 32 ? 8 : x >= 16 ? 4 : x >= 4 ? 2 : 0;
-    for (int64_t r = most; r >= 2; r /= 2)
-      if (x % r == 0) return r;
-    return 0;
-  }
   static int64_t as_int(int64_t x) { return static_cast<int32_t>(static_cast<uint32_t>(x)); }
   int64_t area(int64_t n) const { return (element * n + 31) / 32 * 32; }
   static bool direct(int64_t m) { return m >= 2 && m <= 64 && (m & (m - 1)) == 0; }
 
   int64_t part(int64_t m, int64_t n) const {
     if (direct(m)) return 160;
-    const int64_t d = radix(m / 2);
+    const int64_t d = radix_of(m / 2);
     if (d == 0) return -1;
     const int64_t below = part(m / d, n);
     if (below < 0) return -1;
@@ -57,7 +56,7 @@ struct SizeFormula {
   }
   int64_t whole(int64_t n) const {
     if (direct(n) && n <= (lanes == 8 ? 64 : 32)) return 256;
-    const int64_t d = n < 0 ? 0 : radix(n / 2);
+    const int64_t d = n < 0 ? 0 : radix_of(n / 2);
     if (d == 0 || n / (2 * d) % lanes != 0 || d % lanes != 0) return -1;
     const int64_t table = 2 * d * (n / (2 * d) / lanes) * 32, below = part(n / d, n);
     if (as_int(table) < 0 || below < 0) return -1;
@@ -203,8 +202,9 @@ TYPED_TEST(Dct4Plan, AllocatesOneBlockAndGivesItBack) {
     EXPECT_EQ(g_blocks, 1);
     const std::vector<TypeParam> x = noise<TypeParam>(n);
     std::vector<TypeParam> y(n);
+    const int calls = g_calls;
     EXPECT_EQ(Api<TypeParam>::transform(x.data(), y.data(), state), xfmStatusOk);
-    EXPECT_EQ(g_blocks, 1);
+    EXPECT_EQ(g_calls, calls) << "a transform neither allocates nor frees";
     EXPECT_EQ(Api<TypeParam>::release(state), xfmStatusOk);
     EXPECT_EQ(g_blocks, 0);
   }
@@ -215,4 +215,18 @@ TYPED_TEST(Dct4Plan, AllocatesOneBlockAndGivesItBack) {
   g_dry = false;
   EXPECT_EQ(g_null_frees, 1);
   EXPECT_EQ(state, nullptr);
+}
+
+// Free hands over the block of any state, also one that the caller brought, wherever the state stands in it.
+TYPED_TEST(Dct4Plan, FreesTheCallersBlock) {
+  for (const int n : {16, 4096}) {
+    int bytes = 0;
+    ASSERT_EQ(Api<TypeParam>::size(n, &bytes), xfmStatusOk);
+    void* const block = xfmMalloc(bytes);
+    typename Api<TypeParam>::State* state = nullptr;
+    ASSERT_EQ(Api<TypeParam>::init(&state, n, block), xfmStatusOk);
+    EXPECT_EQ(Api<TypeParam>::release(state), xfmStatusOk);
+    EXPECT_EQ(g_freed, block) << n;
+    EXPECT_EQ(g_blocks, 0);
+  }
 }

@@ -10,7 +10,6 @@ using namespace xfm::dct4;
 
 namespace {
 
-
 float cos_pi(float x) { return cosf(static_cast<float>(x * 3.141592653589793)); }
 float sin_pi(float x) { return sinf(static_cast<float>(x * 3.141592653589793)); }
 double cos_pi(double x) { return cos(x * 3.141592653589793); }
@@ -24,20 +23,13 @@ const std::vector<int> kOrder4 = {0, 3, 1, 2};
 
 template <class T>
 const Env4* synthesis_of(const Planned<T>& plan) {
-  const auto* env2 = static_cast<const Env2*>(EnvList_get(plan.root()->stageOne, 0));
-  return static_cast<const Env4*>(EnvList_get(env2->stageOne, 0));
+  return first_of<Env4>(first_of<Env2>(plan.root()->stageOne)->stageOne);
 }
 
 template <class T>
 std::vector<const Env8*> combiners_of(const Planned<T>& plan) {
   std::vector<const Env8*> found;
-  const auto* env3 = static_cast<const Env3*>(EnvList_get(plan.root()->stageTwo, 0));
-  const auto* env5 = static_cast<const Env5*>(EnvList_get(env3->stageOne, 0));
-  auto* split = static_cast<const Env7*>(EnvList_get(env5->stageOne, 0));
-  while (split != nullptr) {
-    found.push_back(static_cast<const Env8*>(EnvList_get(split->stageOne, 0)));
-    split = static_cast<const Env7*>(EnvList_get(static_cast<const Env9*>(EnvList_get(split->stageTwo, 0))->stageOne, 0));
-  }
+  for (const Env7* split : splits_of(plan)) found.push_back(first_of<Env8>(split->stageOne));
   return found;
 }
 

@@ -1,12 +1,13 @@
 // The transform: values against a 113-bit reference, and what it promises about memory, bits and threads.
 #include <gtest/gtest.h>
+#include <dlfcn.h>
 #include <pthread.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <thread>
+#include <utility>
 
+#include "dct4/stages.h"
 #include "dct4_api.h"
 
 using namespace xfm::dct4;
@@ -37,26 +38,7 @@ void expect_involution(const std::vector<T>& x, const std::vector<T>& twice) {
   EXPECT_LT(std::sqrt(square / norm), 2 * bound<T>(static_cast<int>(x.size()))) << x.size();
 }
 
-// A mapping between unreadable pages; arrays stand flush against its end or its start.
-class Guarded {
- public:
-  explicit Guarded(size_t bytes) : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
-    inner_ = (bytes + page_ - 1) / page_ * page_;
-    base_ = static_cast<unsigned char*>(mmap(nullptr, inner_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    EXPECT_EQ(mprotect(base_ + page_, inner_, PROT_READ | PROT_WRITE), 0);
-    std::memset(base_ + page_, 0xFF, inner_);  // quiet NaNs
-  }
-  ~Guarded() { munmap(base_, inner_ + 2 * page_); }
-  Guarded(const Guarded&) = delete;
-  template <class T>
-  T* array(size_t n, bool at_end) const {
-    return reinterpret_cast<T*>(at_end ? base_ + page_ + inner_ - n * sizeof(T) : base_ + page_);
-  }
-
- private:
-  size_t page_, inner_;
-  unsigned char* base_;
-};
+using test_arrays::GuardedPages;
 
 // In the last two lengths the stages take turns; the last one's result goes past the caches if it is aligned.
 const std::vector<int> kKinds = {2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 1 << 17, 1 << 19};
@@ -136,7 +118,7 @@ TYPED_TEST(Dct4, SameBitsEverywhere) {
     EXPECT_EQ(std::memcmp(plan(x).data(), y.data(), bytes), 0) << "other scratch, length " << n;
 
     for (const bool at_end : {false, true}) {
-      const Guarded source(bytes), target(bytes);
+      const GuardedPages source(bytes), target(bytes);
       TypeParam* const from = source.array<TypeParam>(n, at_end);
       TypeParam* const to = target.array<TypeParam>(n, at_end);
       std::memcpy(from, x.data(), bytes);
@@ -159,25 +141,23 @@ TYPED_TEST(Dct4, SameBitsEverywhere) {
 }
 
 TYPED_TEST(Dct4, WritesNothingOfTheStateButScratch) {
-  for (int n : {2, 32, 128, 2048, 4096, 8192, 65536}) {
+  constexpr int kTwoLevels = 1 << 17;
+  for (int n : {2, 32, 128, 2048, 4096, 8192, 65536, kTwoLevels}) {
     const Planned<TypeParam> plan(n);
     const std::vector<unsigned char> before(plan.block, plan.block + plan.bytes);
     const std::vector<TypeParam> x = noise<TypeParam>(n);
     plan(x);
-    std::vector<const unsigned char*> areas = {static_cast<const unsigned char*>(plan.root()->scratch)};
-    if (n >= 4096) {
-      const auto* env3 = static_cast<const Env3*>(EnvList_get(plan.root()->stageTwo, 0));
-      const auto* env5 = static_cast<const Env5*>(EnvList_get(env3->stageOne, 0));
-      areas.push_back(
-          static_cast<const unsigned char*>(static_cast<const Env7*>(EnvList_get(env5->stageOne, 0))->scratch));
-    }
+    std::vector<const void*> areas = {plan.root()->scratch};
+    for (const Env7* split : splits_of(plan)) areas.push_back(split->scratch);
     int changed = 0;
     for (int i = 0; i < plan.bytes; ++i) {
       if (plan.block[i] == before[i]) continue;
       ++changed;
       bool inside = false;
-      for (const unsigned char* area : areas)
-        inside = inside || (area != nullptr && plan.block + i >= area && plan.block + i < area + n * sizeof(TypeParam));
+      for (const void* area : areas) {
+        const auto* const first = static_cast<const unsigned char*>(area);
+        inside = inside || (first != nullptr && plan.block + i >= first && plan.block + i < first + n * sizeof(TypeParam));
+      }
       ASSERT_TRUE(inside) << "length " << n << " writes byte " << i;
     }
     EXPECT_EQ(changed > 0, n > Api<TypeParam>::kLastDirect);
@@ -196,7 +176,7 @@ TYPED_TEST(Dct4, LengthsOneAboveAPowerRun) {
     const size_t line = 64 / sizeof(TypeParam);
     std::vector<TypeParam> room(n + 3 + line, 77);
     TypeParam* const y = room.data() + line - reinterpret_cast<uintptr_t>(room.data()) / sizeof(TypeParam) % line;
-    const Guarded source(n * sizeof(TypeParam));
+    const GuardedPages source(n * sizeof(TypeParam));
     std::memcpy(source.array<TypeParam>(n, true), x.data(), n * sizeof(TypeParam));
     EXPECT_EQ(Api<TypeParam>::transform(source.array<TypeParam>(n, true), y, plan.state), xfmStatusOk);
     const int d = plan.root()->radix, m = n / d;
@@ -209,7 +189,6 @@ TYPED_TEST(Dct4, LengthsOneAboveAPowerRun) {
   }
 }
 
-// Two states on two threads; a direct length's state on many.
 TYPED_TEST(Dct4, AnUnknownRuleGivesAStatus) {
   const int n = 1024;
   const Planned<TypeParam> plan(n);
@@ -221,6 +200,68 @@ TYPED_TEST(Dct4, AnUnknownRuleGivesAStatus) {
     EXPECT_EQ(y, std::vector<TypeParam>(n, TypeParam{7}));
   }
 }
+
+// Below the root a stage says so to its caller, which does not listen: the transform has done without it.
+TYPED_TEST(Dct4, AnUnknownRuleBelowTheRootLeavesItsStageOut) {
+  using T = TypeParam;
+  using Stage = StageFunctions<T>;
+  const int n = 4096;
+  const Planned<T> plan(n);
+  const std::vector<T> x = noise<T>(n), untouched(n, T{7});
+  auto* const env2 = const_cast<Env2*>(first_of<Env2>(plan.root()->stageOne));
+  auto* const env3 = const_cast<Env3*>(first_of<Env3>(plan.root()->stageTwo));
+  auto* const env4 = const_cast<Env4*>(first_of<Env4>(env2->stageOne));
+  auto* const env5 = const_cast<Env5*>(first_of<Env5>(env3->stageOne));
+  auto* const env7 = const_cast<Env7*>(first_of<Env7>(env5->stageOne));
+  auto* const env8 = const_cast<Env8*>(first_of<Env8>(env7->stageOne));
+  auto* const env9 = const_cast<Env9*>(first_of<Env9>(env7->stageTwo));
+  alignas(32) static T room[1 << 12];
+  const auto with_rule = [&](int32_t& rule, int unknown, auto stage) {
+    std::copy(untouched.begin(), untouched.end(), room);
+    std::vector<T> y = untouched;
+    const int32_t known = std::exchange(rule, unknown);
+    EXPECT_EQ(stage(), -5) << unknown;
+    EXPECT_TRUE(std::equal(untouched.begin(), untouched.end(), room));
+    EXPECT_EQ(Api<T>::transform(x.data(), y.data(), plan.state), xfmStatusOk);
+    rule = known;
+    return y;
+  };
+  const auto no_stage = [] { return XfmStatus{-5}; };
+  for (const int unknown : {0, 2, 8, -1}) {
+    with_rule(env5->rule, unknown, [&] { return Stage::env5_compute(env5, room, x.data()); });
+    with_rule(env7->rule, unknown, [&] { return Stage::env7_compute(env7, room, x.data(), 0, env5->wrap, kColumns); });
+    with_rule(env8->rule, unknown, [&] { return Stage::env8_compute(env8, room, x.data(), kColumns, kColumns, {0, 1}); });
+    with_rule(env9->rule, unknown, [&] { return Stage::env9_compute(env9, room, x.data(), 0, env5->wrap); });
+    EXPECT_EQ(with_rule(env4->rule, unknown, [&] { return Stage::env4_compute(env4, room, x.data(), {0, 1}); }), untouched);
+    EXPECT_EQ(with_rule(env2->rule, unknown, no_stage), untouched);
+    with_rule(env3->rule, unknown, no_stage);
+  }
+}
+
+#if defined(XFM_DCT4_PLAIN_ORDER_MODULE)
+// Turns, buffers, rows fetched ahead and rows past the caches change no bit: the same units compiled without any of them.
+TYPED_TEST(Dct4, HasTheBitsOfThePlainOrder) {
+  using T = TypeParam;
+  void* const plain = dlopen(XFM_DCT4_PLAIN_ORDER_MODULE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(plain, nullptr) << dlerror();
+  const auto transform = reinterpret_cast<decltype(Api<T>::transform)>(dlsym(plain, (std::string("xfmgDCT4_") + Api<T>::kName).c_str()));
+  ASSERT_NE(transform, nullptr);
+  ASSERT_NE(transform, Api<T>::transform);
+  for (int n = 64; n <= 1 << 20; n *= 2) {
+    const Planned<T> plan(n);
+    const std::vector<T> x = noise<T>(n);
+    const size_t bytes = n * sizeof(T);
+    const GuardedPages quick(bytes + 64), in_order(bytes);
+    for (const int offset : {0, 1}) {  // rows go past the caches to whole lines only
+      T* const to = quick.array<T>(n, false) + offset;
+      ASSERT_EQ(Api<T>::transform(x.data(), to, plan.state), xfmStatusOk);
+      ASSERT_EQ(transform(x.data(), in_order.array<T>(n, false), plan.state), xfmStatusOk);
+      ASSERT_EQ(std::memcmp(to, in_order.first(), bytes), 0) << "length " << n << ", offset " << offset;
+    }
+  }
+  dlclose(plain);
+}
+#endif
 
 #ifndef XFM_DCT4_SANITIZED
 // The stack of a thread that only transforms, painted before; the lengths have one, two and three levels.
@@ -249,6 +290,7 @@ TYPED_TEST(Dct4, TakesLessThan40KilobytesOfStack) {
 }
 #endif
 
+// Two states on two threads; a direct length's state on both.
 TYPED_TEST(Dct4, Threads) {
   const auto run = [](const Planned<TypeParam>& plan, int rounds) {
     const std::vector<TypeParam> x = noise<TypeParam>(plan.length), y = plan(x);

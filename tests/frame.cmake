@@ -1,7 +1,8 @@
 # The frame: list of functions, dispatchers, version record, header, exports, installed tree.
 xfm_add_test(frame_functions_test LABEL frame SOURCES frame_functions_test.cpp LIBRARIES xfm_generator)
 target_compile_definitions(frame_functions_test PRIVATE
-  XFM_GEN_FRAME="$<TARGET_FILE:gen_frame>" XFM_HEADER_TEMPLATE="${PROJECT_SOURCE_DIR}/include/xfm.h.in")
+  XFM_PLANS="${PROJECT_SOURCE_DIR}/plans" XFM_GEN_FRAME="$<TARGET_FILE:gen_frame>"
+  XFM_HEADER_TEMPLATE="${PROJECT_SOURCE_DIR}/include/xfm.h.in")
 add_dependencies(frame_functions_test gen_frame)
 
 # All dispatchers, whatever families this build has, over kernels that record how they were called.
@@ -55,8 +56,9 @@ target_link_options(frame_library_test PRIVATE -Wl,--no-as-needed)  # the functi
 
 # The library in other hands: the header under strict compilers, the installed tree, the example programs.
 xfm_add_script_test(header_compiles frame ${CMAKE_CURRENT_SOURCE_DIR}/header_test.sh ${PROJECT_BINARY_DIR}/include)
-xfm_add_script_test(installed_tree frame ${CMAKE_CURRENT_SOURCE_DIR}/install_test.sh ${PROJECT_BINARY_DIR}
-  ${PROJECT_SOURCE_DIR}/examples/ten_lines.c ${CMAKE_CURRENT_SOURCE_DIR}/consumer ${CMAKE_GENERATOR})
+xfm_add_script_test(installed_tree frame ${CMAKE_CURRENT_SOURCE_DIR}/install_test.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}
+  ${CMAKE_GENERATOR} $<TARGET_EXISTS:xfm_python>)
+set_tests_properties(installed_tree PROPERTIES RESOURCE_LOCK installation)
 xfm_add_script_test(ten_lines frame xfm_ten_lines)
 set_tests_properties(ten_lines PROPERTIES PASS_REGULAR_EXPRESSION "bin 2: 0 -4i\nbin 3: 0 \\+0i")
 xfm_add_script_test(readme_example frame ${CMAKE_CURRENT_SOURCE_DIR}/readme_test.sh

@@ -1,15 +1,12 @@
 // The list of functions as read, and what the reader and gen_frame say to bad input.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include "generator/check.h"
 #include "generator/functions.h"
 #include "generator/table.h"
+#include "tests/plans_folder.h"
 
 namespace {
 
@@ -18,25 +15,8 @@ using xfm::FunctionKind;
 using xfm::FunctionList;
 using xfm::Gate;
 namespace fs = std::filesystem;
-
-class Folder {
- public:
-  Folder() {
-    std::string name = (fs::temp_directory_path() / "xfm_frame_XXXXXX").string();
-    path_ = mkdtemp(name.data());
-  }
-  ~Folder() { fs::remove_all(path_); }
-  fs::path operator/(const char* name) const { return path_ / name; }
-
- private:
-  fs::path path_;
-};
-
-std::string read(const fs::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
+using Folder = xfm::test::PlansFolder;
+using xfm::test::read_text;
 
 const FunctionList& whole_list() {
   static const FunctionList list = FunctionList::read(XFM_FUNCTIONS);
@@ -161,7 +141,7 @@ TEST(GenFrame, BadInputLeavesNoFile) {
   };
   for (const auto& [arguments, message] : cases) {
     EXPECT_NE(run_gen_frame(arguments + " " + output.string(), errors), 0) << arguments;
-    EXPECT_NE(read(errors).find(message), std::string::npos) << read(errors);
+    EXPECT_NE(read_text(errors).find(message), std::string::npos) << read_text(errors);
     EXPECT_FALSE(fs::exists(output)) << arguments;
   }
   EXPECT_NE(run_gen_frame("map " + list + " frame " + (folder / "no/folder").string(), errors), 0);
@@ -174,8 +154,8 @@ TEST(GenFrame, TheSameListGivesTheSameBytes) {
     const std::string arguments = what + " " + all + (what == "header" ? std::string(XFM_HEADER_TEMPLATE) + " " : "");
     ASSERT_EQ(run_gen_frame(arguments + (folder / "one").string(), "/dev/null"), 0) << what;
     ASSERT_EQ(run_gen_frame(arguments + (folder / "two").string(), "/dev/null"), 0) << what;
-    EXPECT_EQ(read(folder / "one"), read(folder / "two")) << what;
-    EXPECT_NE(read(folder / "one").find("do not edit"), std::string::npos) << what;
+    EXPECT_EQ(read_text(folder / "one"), read_text(folder / "two")) << what;
+    EXPECT_NE(read_text(folder / "one").find("do not edit"), std::string::npos) << what;
   }
 }
 

@@ -1,34 +1,56 @@
 #!/bin/bash
-# install_test.sh BUILD PROGRAM.c CONSUMER GENERATOR: installs the build, moves the tree, and builds the program against
-# it with find_package, with pkg-config and with the compiler alone; each result must print what the library computes.
+# install_test.sh SOURCE BUILD GENERATOR PYTHON: installs the build, moves the tree, and builds programs against it in every
+# language, with find_package, with pkg-config and with the compiler alone; each must print what the library computes. PYTHON
+# is 1 where the build has the Python module. What was installed goes again by `uninstall`.
 set -euo pipefail
-build=$1 program=$2 consumer=$3 generator=$4
+source=$1 build=$2 generator=$3 python=$4
 work=$(mktemp -d)
-trap 'rm -r "$work"' EXIT
+manifests() { find "$build" -maxdepth 1 -name 'install_manifest*.txt'; }
+mkdir "$work/kept"
+manifests | xargs -r mv -t "$work/kept"  # those of the user's own installation
+trap 'manifests | xargs -r rm; find "$work/kept" -type f -exec mv -t "$build" {} +; rm -r "$work"' EXIT
 
-cmake --install "$build" --prefix "$work/first" >/dev/null
-mv "$work/first" "$work/tree"
-lib=$(dirname "$(find "$work/tree" -name libxfmgene9.so)")
-for name in libxfmgene9.so libxfmgene9.so.6.1 libxfmcorex64.so libxfmcorex64.so.6.1; do
-  [ -e "$lib/$name" ] || { echo "$name is not installed" >&2; exit 1; }
-done
-if grep -rl "$build" "$work/tree"; then
-  echo "an installed file names the build folder" >&2
+fail() {
+  echo "$*" >&2
   exit 1
-fi
-
-expect_output() {  # program
-  LD_LIBRARY_PATH=$lib "$1" | grep -qx 'bin 2: 0 -4i' || { echo "$1 printed something else" >&2; exit 1; }
 }
 
-cmake -S "$consumer" -B "$work/consumer" -G "$generator" -DPROGRAM="$program" -DCMAKE_PREFIX_PATH="$work/tree" >/dev/null
-cmake --build "$work/consumer" >/dev/null
-expect_output "$work/consumer/consumer"
+cmake --install "$build" --prefix "$work/first" >/dev/null
+cp -r "$work/first" "$work/tree"
+lib=$(dirname "$(find "$work/tree" -name xfm.pc)")/..
+for name in libxfmgene9.so libxfmgene9.so.6.1 libxfmcorex64.so libxfmcorex64.so.6.1; do
+  [ -e "$lib/$name" ] || fail "$name is not installed"
+done
+if grep -rl "$build" "$work/tree"; then fail "an installed file names the build folder"; fi
+
+cmake --build "$build" --target uninstall >/dev/null
+[ ! -d "$work/first" ] || [ -z "$(find "$work/first" ! -type d)" ] || fail "left behind: $(find "$work/first" ! -type d)"
+[ -z "$(manifests)" ] || fail "uninstall leaves its manifest"
+
+runs() {  # program...: prints the lines of a sine of two turns over eight samples
+  LD_LIBRARY_PATH=$lib "$@" | grep -Eqx 'bin 2: +(-?0|0\.0) +-4(\.0)?i' || fail "$* printed something else"
+}
 
 export PKG_CONFIG_PATH=$lib/pkgconfig
-read -ra flags <<<"$(pkg-config --cflags --libs xfm)"
-gcc -Wall -Werror "$program" "${flags[@]}" -o "$work/by_pkg_config"
-expect_output "$work/by_pkg_config"
+flags=$(pkg-config --cflags --libs xfm)
+include=$(pkg-config --variable=includedir xfm)
+# language, compiler with its options, program
+while IFS='|' read -r language compile program; do
+  eval "$compile $program $flags -o $work/$language"
+  runs "$work/$language"
+done <<PROGRAMS
+c|gcc -Wall -Werror|$source/examples/ten_lines.c
+cpp|g++ -std=c++20 -Wall -Werror|$source/tests/consumer/bins.cpp
+fortran|gfortran -J $work $include/xfm.f90|$source/examples/ten_lines.f90
+PROGRAMS
+gcc -Wall -Werror -I"$include" "$source/examples/ten_lines.c" -L"$lib" -lxfmgene9 -o "$work/by_hand"
+runs "$work/by_hand"
 
-gcc -Wall -Werror -I"$work/tree/include" "$program" -L"$lib" -lxfmgene9 -o "$work/by_hand"
-expect_output "$work/by_hand"
+cmake -S "$source/tests/consumer" -B "$work/consumer" -G "$generator" -DPROGRAMS="$source" -DCMAKE_PREFIX_PATH="$work/tree" >/dev/null
+cmake --build "$work/consumer" >/dev/null
+for language in c cpp fortran; do runs "$work/consumer/consumer_$language"; done
+
+if [ "$python" -eq 1 ]; then
+  modules=$(find "$work/tree" -type d -path '*-packages')
+  PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$modules runs /usr/bin/python3 "$source/tests/consumer/bins.py"
+fi

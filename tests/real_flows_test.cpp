@@ -351,7 +351,7 @@ TEST_F(PlansCopy, TheProgramWritesNothingOnBadInput) {
   set("hartley_plans.tsv", 63, "Mul", "303");
   const std::filesystem::path output = folder_ / "unit.cpp";
   const auto generate = [&](const std::string& unit) {
-    return std::system((std::string(XFM_GEN_RDFT) + " " + unit + " " + folder_.string() + " " + output.string() + " 2> " +
+    return std::system((std::string(XFM_GEN_RDFT) + " " + unit + " " + folder_.string() + " base " + output.string() + " 2> " +
                         (folder_ / "message").string()).c_str());
   };
   EXPECT_NE(generate("pgenhartley32f"), 0);

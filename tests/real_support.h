@@ -39,7 +39,7 @@ inline constexpr Family kFamilies[] = {
     {"xfmgHartley", Kind::Hartley, Format::Samples, Format::Samples},
 };
 
-inline constexpr int kFlags[] = {xfmScaleFwdByN, xfmScaleInvByN, xfmScaleBySqrtN, xfmScaleNone};
+using test_arrays::kFlags;
 
 inline int length_of(Format format, int n) { return format == Format::Ccs ? n + 2 - n % 2 : n; }
 

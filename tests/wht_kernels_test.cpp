@@ -128,7 +128,7 @@ TYPED_TEST(Results, NoAccessOutsideTheArrays) {
         T* dst = reinterpret_cast<T*>(place(pages_dst));
         std::memcpy(src, input.data(), bytes);
         pages_src.forbid_writing();
-        char* buffer = at_end ? pages_buffer.at_end(buffer_size) : pages_buffer.first();
+        void* buffer = at_end ? pages_buffer.at_end(buffer_size) : pages_buffer.first();
         ASSERT_EQ(kernel<T>(order)(src, dst, xfmScaleNone, buffer), xfmStatusOk);
         expect_bits(dst, expected, name_of<T>(order, xfmScaleNone) + (at_end ? " at the end" : " at the start"));
       }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <dlfcn.h>
-#include <sys/mman.h>
 
 #include <cmath>
 #include <cstdint>
@@ -14,12 +13,15 @@
 #include <string>
 #include <vector>
 
+#include "tests/arrays.h"
 #include "xfm.h"
 
 namespace xfm::test {
 
+using test_arrays::GuardedPages;
+
 inline constexpr int kOrders = 13, kFirstBuffered = 8;
-inline constexpr int kFlags[] = {xfmScaleFwdByN, xfmScaleInvByN, xfmScaleBySqrtN, xfmScaleNone};
+using test_arrays::kFlags;
 
 // Bytes of the work buffer by order, first single, then double.
 inline constexpr int kBufferBytes[2][kOrders + 1] = {
@@ -82,33 +84,6 @@ std::vector<T> rough_values(int order, unsigned seed) {
   if (order > 4) values[3] = 0, values[5] = -0.0f;
   return values;
 }
-
-// Pages between two unreadable ones.
-class GuardedPages {
- public:
-  explicit GuardedPages(size_t bytes) : inner_((bytes + kPage - 1) / kPage * kPage) {
-    base_ = static_cast<char*>(mmap(nullptr, inner_ + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    if (base_ == MAP_FAILED) fail("mmap");
-    if (inner_ > 0 && mprotect(first(), inner_, PROT_READ | PROT_WRITE) != 0) fail("mprotect");
-  }
-  ~GuardedPages() { munmap(base_, inner_ + 2 * kPage); }
-  GuardedPages(const GuardedPages&) = delete;
-
-  char* first() const { return base_ + kPage; }
-  char* at_end(size_t bytes) const { return base_ + kPage + inner_ - bytes; }
-  void forbid_writing() const {
-    if (inner_ > 0 && mprotect(first(), inner_, PROT_READ) != 0) fail("mprotect");
-  }
-
- private:
-  [[noreturn]] static void fail(const char* call) {
-    std::perror(call);
-    std::abort();
-  }
-  static constexpr size_t kPage = 4096;
-  size_t inner_;
-  char* base_;
-};
 
 // Calls of xfmMalloc and xfmFree since the last reset. Blocks end at an unreadable page and are aligned to 16 bytes.
 struct AllocatorLog {

@@ -1,47 +1,20 @@
 // The plans of the Walsh-Hadamard kernels: what the generator refuses, and that it repeats itself.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
+#include "tests/plans_folder.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using xfm::test::read_text;
 
-std::string read(const fs::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
-// A copy of the plans in which the first `from` has become `to`.
-class Changed {
- public:
-  Changed(const std::string& from, const std::string& to) {
-    std::string name = (fs::temp_directory_path() / "xfm_wht_XXXXXX").string();
-    path_ = mkdtemp(name.data());
-    fs::copy(fs::path(XFM_PLANS) / "functions.tsv", path_);
-    std::string text = read(fs::path(XFM_PLANS) / "wht_plans.tsv");
-    const size_t at = text.find(from);
-    if (at != std::string::npos) text.replace(at, from.size(), to), found_ = true;
-    std::ofstream(path_ / "wht_plans.tsv") << text;
+// The tables with the first `from` changed to `to`.
+struct Changed : xfm::test::PlansFolder {
+  Changed(const std::string& from, const std::string& to) : PlansFolder({"functions.tsv", "wht_plans.tsv"}) {
+    replace("wht_plans.tsv", from, to);
   }
-  ~Changed() { fs::remove_all(path_); }
-  bool found() const { return found_; }
-  fs::path operator/(const char* name) const { return path_ / name; }
-
-  int generate(const std::string& what, const char* output) const {
-    const std::string command = std::string(XFM_GEN_WHT) + " " + what + " " + path_.string() + " " +
-                                (path_ / output).string() + " 2>" + (path_ / "errors").string();
-    return std::system(command.c_str());
+  int generate(const std::string& what, const std::string& output) {
+    return run(std::string(XFM_GEN_WHT) + " " + what + " " + path().string() + " " + (*this / output).string());
   }
-
- private:
-  fs::path path_;
-  bool found_ = false;
 };
 
 TEST(Plans, BadRowsAreRefusedWithTheirLineAndLeaveNoUnit) {
@@ -61,21 +34,20 @@ TEST(Plans, BadRowsAreRefusedWithTheirLineAndLeaveNoUnit) {
       {"32f\t3\t3\tscalar", "32f\t3\t3\twide", ":10: form: \"wide\""},
   };
   for (const Case& c : cases) {
-    const Changed plans(c.from, c.to);
-    ASSERT_TRUE(plans.found()) << c.from;
+    Changed plans(c.from, c.to);
     EXPECT_NE(plans.generate("pgenwht32fw7", "unit.cpp"), 0) << c.to;
-    EXPECT_NE(read(plans / "errors").find(c.message), std::string::npos) << c.to << " gave " << read(plans / "errors");
-    EXPECT_FALSE(fs::exists(plans / "unit.cpp"));
+    EXPECT_NE(plans.said.find(c.message), std::string::npos) << c.to << " gave " << plans.said;
+    EXPECT_FALSE(std::filesystem::exists(plans / "unit.cpp"));
   }
 }
 
 TEST(Plans, TheSamePlansGiveTheSameBytes) {
-  const Changed plans("", "");
+  Changed plans("", "");
   for (const char* what : {"pgenwht32fw7", "pgenwht64fw7", "counts"}) {
-    ASSERT_EQ(plans.generate(what, "first"), 0) << read(plans / "errors");
+    ASSERT_EQ(plans.generate(what, "first"), 0) << plans.said;
     ASSERT_EQ(plans.generate(what, "second"), 0);
-    EXPECT_EQ(read(plans / "first"), read(plans / "second")) << what;
-    EXPECT_FALSE(read(plans / "first").empty());
+    EXPECT_EQ(read_text(plans / "first"), read_text(plans / "second")) << what;
+    EXPECT_FALSE(read_text(plans / "first").empty());
   }
   EXPECT_NE(plans.generate("pgenwht16fw7", "third"), 0);
 }

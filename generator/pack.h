@@ -1,0 +1,30 @@
+// The packer: from a scalar program to one on wide registers that does the same operations on the same operands, a lane
+// each, and so gives the same bits.
+//
+// Lanes run over one loop of the flow (pack_families.h). Runs of a register each are placed first; operations that are
+// left over are packed round by round, always the one that costs least in moves. Lanes that are left empty compute on
+// what stands there. A sum that adds in some lanes and subtracts in others multiplies one operand by 1 and -1 in the
+// multiply-add that adds it, which rounds once.
+#pragma once
+
+#include "generator/machine.h"
+#include "generator/pack_families.h"
+#include "generator/pack_loads.h"
+#include "generator/pack_network.h"
+
+namespace xfm::pack {
+
+// What of its processor the packer has to know.
+struct Abilities {
+  bool two_source_picks = false;  // an instruction that picks any lanes of two registers
+};
+
+// Parity of the pairs in which a half spectrum is stored and loaded, for lengths at which a transform and its inverse on
+// the result at once would else wait for stores that a load does not lie within; -1 where any place will do.
+struct Grid {
+  int loads = -1, stores = -1;
+};
+
+Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, Abilities abilities, Grid grid);
+
+}  // namespace xfm::pack

@@ -1,0 +1,38 @@
+// Which operations stand side by side: lanes run over one loop of the flow.
+//
+// Operations whose labels differ in iterations only form a family. Its members are listed with one of their loops as the
+// fastest, and cut into runs that fill a register.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "generator/pack_network.h"
+
+namespace xfm::pack {
+
+struct Rule {
+  int lanes = 4;
+  // The first that a family has is its fastest. "odd:class" stands for class in the families of that part of the flow only.
+  std::vector<std::string> loops;
+  bool outermost = false;          // of several by that name, or of a family that has none of them, the outermost
+  bool across = false;             // runs go on from one iteration of the other loops to the next
+
+  friend bool operator==(const Rule&, const Rule&) = default;
+};
+
+struct Family {
+  std::vector<std::string> parts;  // of the flow: all names in the label
+  std::vector<std::string> loops;  // those whose iterations differ between members, outermost first
+  struct Member {
+    int operation;
+    std::vector<int> iterations;
+  };
+  std::vector<Member> members;
+};
+
+std::vector<Family> find_families(const Network& network);
+// Operations of one register each, two at least.
+std::vector<std::vector<int>> runs(const Family& family, const Rule& rule);
+
+}  // namespace xfm::pack

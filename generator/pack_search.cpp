@@ -1,0 +1,104 @@
+#include "generator/pack_search.h"
+
+#include <algorithm>
+#include <set>
+
+#include "generator/schedule.h"
+
+namespace xfm::pack {
+
+namespace {
+
+constexpr size_t kRefined = 2;       // rules of a width that are given a second loop
+constexpr int kExceptions = 3;       // parts of the flow that have a loop of their own
+constexpr size_t kModelled = 4;      // forms of a width that are run in the model, of all those that are packed
+constexpr double kHandicap = 0.95;   // of a packed form: what the model does not see of it
+
+// All rules of one width that have been packed, each arrangement once.
+class Trials {
+ public:
+  Trials(const Network& network, const std::vector<Family>& families, Abilities abilities, Grid grid)
+      : network_(network), families_(families), abilities_(abilities), grid_(grid) {
+    for (const Family& f : families) {
+      loops_.insert(f.loops.begin(), f.loops.end());
+      for (const std::string& part : f.parts)
+        for (const std::string& loop : f.loops)
+          if (f.loops.size() > 1 && part != loop) part_loops_.emplace(part, loop);
+    }
+  }
+
+  // First every loop by itself, then with the best of them every other as the second, then other loops for parts of the
+  // flow, as long as that helps.
+  std::vector<Rule> best(int lanes) {
+    try_with(lanes, {});
+    for (const std::string& loop : loops_) try_with(lanes, {loop});
+    for (const Rule& first : ranked(kRefined))
+      for (const std::string& loop : loops_)
+        if (first.loops.empty() || first.loops[0] != loop) {
+          Rule rule = first;
+          rule.loops.push_back(loop);
+          attempt(rule);
+        }
+    for (int exceptions = 0; exceptions < kExceptions; ++exceptions) {
+      const Rule best = ranked(1).front();
+      for (const auto& [part, loop] : part_loops_) {
+        Rule rule = best;
+        rule.loops.insert(rule.loops.begin(), part + ":" + loop);
+        attempt(rule);
+      }
+      if (ranked(1).front() == best) break;
+    }
+    return ranked(kModelled);
+  }
+
+  Program packed(const Rule& rule) const { return pack(network_, families_, rule, abilities_, grid_); }
+
+ private:
+  void try_with(int lanes, const std::vector<std::string>& loops) {
+    for (const bool outermost : {false, true})
+      for (const bool across : {false, true}) attempt({lanes, loops, outermost, across});
+  }
+
+  void attempt(const Rule& rule) {
+    std::vector<std::vector<int>> arrangement;
+    for (const Family& f : families_)
+      for (std::vector<int>& run : runs(f, rule)) arrangement.push_back(std::move(run));
+    if (seen_.insert(std::move(arrangement)).second) tried_.emplace_back(port_use(packed(rule)).estimate(), rule);
+  }
+
+  std::vector<Rule> ranked(size_t count) {
+    std::ranges::stable_sort(tried_, {}, [](const auto& t) { return t.first; });
+    std::vector<Rule> out;
+    for (size_t i = 0; i < std::min(count, tried_.size()); ++i) out.push_back(tried_[i].second);
+    return out;
+  }
+
+  const Network& network_;
+  const std::vector<Family>& families_;
+  const Abilities abilities_;
+  const Grid grid_;
+  std::set<std::string> loops_;
+  std::set<std::pair<std::string, std::string>> part_loops_;
+  std::set<std::vector<std::vector<int>>> seen_;
+  std::vector<std::pair<double, Rule>> tried_;
+};
+
+}  // namespace
+
+Form search(const Program& scalar, const std::vector<int>& lanes, Abilities abilities, Grid grid, int registers) {
+  const Network network = read_network(scalar);
+  const std::vector<Family> families = find_families(network);
+  const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, registers), registers); };
+  Form best{{1, {}, false, false}, cycles(scalar)};
+  const double most = best.cycles * kHandicap;
+  for (int width : lanes) {
+    Trials trials(network, families, abilities, grid);
+    for (const Rule& rule : trials.best(width)) {
+      const double time = cycles(trials.packed(rule));
+      if (time < most && time < best.cycles) best = {rule, time};
+    }
+  }
+  return best;
+}
+
+}  // namespace xfm::pack

@@ -1,0 +1,42 @@
+// Searches for the packed forms of the real and Hartley kernels and writes their rows of plans/pack_recipes.tsv.
+//   xfm_pack_search PLANS TARGET OUTPUT [N]
+#include <iostream>
+
+#include "generator/check.h"
+#include "generator/pack_recipes.h"
+#include "generator/pack_search.h"
+#include "generator/program.h"
+#include "generator/text.h"
+#include "rdft/packing.h"
+#include "rdft/rows.h"
+
+namespace xfm::rdft {
+namespace {
+
+void program(int argc, char** argv) {
+  if (argc < 4) throw InputError("usage: xfm_pack_search PLANS TARGET OUTPUT [N]");
+  const std::string target = argv[2];
+  const bool v4 = target == "v4";
+  std::string text = pack::recipe_columns();
+  for (const Family family : {Family::Forward, Family::Inverse, Family::Hartley}) {
+    const Layout source = family == Family::Inverse ? Layout::Ccs : Layout::Samples;
+    const Layout result = family == Family::Forward ? Layout::Ccs : Layout::Samples;
+    for (const Row& row : read_rows(argv[1], family)) {
+      if (argc > 4 && row.length != std::stoi(argv[4])) continue;
+      for (const Precision precision : {Precision::Single, Precision::Double}) {
+        const Program scalar = lower(row.flow, source, result, precision);
+        const pack::Form form = pack::search(scalar, lanes_to_try(precision), {v4}, grid(source, result, row.length), v4 ? 32 : 16);
+        const std::string type = precision == Precision::Single ? "32f" : "64f";
+        text += pack::recipe_text(target, kernels_name(family), row.length, type, form.rule);
+        std::cout << kernels_name(family) << ' ' << row.length << ' ' << type << ": " << pack::form_text(form.rule) << ", "
+                  << form.cycles << " cycles" << std::endl;
+      }
+    }
+  }
+  write_file(argv[3], text);
+}
+
+}  // namespace
+}  // namespace xfm::rdft
+
+int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::rdft::program); }

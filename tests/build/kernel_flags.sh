@@ -1,0 +1,47 @@
+#!/bin/bash
+# kernel_flags.sh SOURCE BUILD: kernels are deaf to the user's flags. Under each set of flags the project is configured, a few
+# of BUILD's units are compiled by the command that results, and their vector instructions compared with those of BUILD's
+# objects, one by one.
+. "$(dirname "$0")/common.sh"
+build=$1
+units=(pgenwht32fw7.cpp pgendct4_32fg9.cpp owngenautolib.cpp)
+
+# What a body computes: vector instructions with their operands, without addresses.
+computes() {
+  objdump -d --no-show-raw-insn --no-addresses "$1" | sed -n 's/^\t\(v[a-z0-9]*\)/\1/p' | sed 's/ *[#<].*//; s/0x[0-9a-f]*(%rip)/(%rip)/'
+}
+
+# compile NAME UNIT OBJECT [FLAGS...]: by the command of the configured build NAME, on the unit and the header that BUILD has.
+compile() {
+  local command
+  command=$(sed -n "s|^ *\"command\": \"\(.*/$2\)\",\$|\1|p" "$work/$1/compile_commands.json" | head -1)
+  command=$(sed "s|$work/$1|$build|g; s| -o [^ ]* | -o $3 |; s|\\\\\"|\"|g" <<<"$command")
+  [ -n "$command" ] || fail "$1: no command for $2"
+  (cd "$work" && eval "$command ${*:4}") || fail "$1: $2 does not compile"
+}
+
+compared=0
+while IFS='|' read -r name flags; do
+  configured "$name" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags"
+  grep -q -- " $flags " "$work/$name/compile_commands.json" || fail "$name: the flags are not in the commands"
+  for unit in "${units[@]}"; do
+    object=$(find "$build" -path "*/CMakeFiles/*" -name "$unit.o" | sort | head -1)
+    compile "$name" "$unit" "$work/$unit.o"
+    diff <(computes "$object") <(computes "$work/$unit.o") >"$work/difference" ||
+      fail "$name: $unit is compiled to something else: $(head -5 "$work/difference")"
+    compared=$((compared + $(computes "$work/$unit.o" | wc -l)))
+  done
+done <<'FLAGS'
+fast|-ffast-math
+link|-flto
+native|-O3 -march=native
+hardened|-g -O2 -fstack-protector-strong -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2 -Wformat -Werror=format-security
+FLAGS
+[ "$compared" -gt 40000 ] || fail "only $compared instructions were compared"
+
+# It can fail: behind the kernels' own flags, -ffast-math shows.
+compile fast pgendct4_32fg9.cpp "$work/faulty.o" -ffast-math -fassociative-math -fno-signed-zeros -fno-trapping-math
+if diff -q <(computes "$(find "$build" -path "*/CMakeFiles/*" -name pgendct4_32fg9.cpp.o | sort | head -1)") \
+  <(computes "$work/faulty.o") >/dev/null; then
+  fail "relaxed arithmetic is not seen"
+fi
