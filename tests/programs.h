@@ -46,7 +46,7 @@ class ProgramTest : public testing::Test {
     return path(name);
   }
   // A line of the shell, in the case's folder.
-  [[nodiscard]] Ended run(const std::string& command) const {
+  Ended run(const std::string& command) const {
     const std::string line = "cd " + folder_.string() + " && { " + command + "\n} >.out 2>.errors";
     const pid_t child = fork();
     if (child == 0) {

@@ -64,8 +64,8 @@ TEST_F(Sound, ReadsEveryFormatAsTheSameSound) {
     EXPECT_NEAR(static_cast<double>(file.frames()), 30000, format & SF_FORMAT_MPEG ? 3000 : 0) << file.encoding();
     Stretches sound(file, "");
     sound.move(file.frames() - 20000, 100);
-    for (size_t i = 0; i < 100; ++i)
-      if (file.frames() == 30000) EXPECT_NEAR(sound.channel(1)[i], 0.6 * sine(440, 44100, 10000 + static_cast<long>(i)), 2 * tolerance) << file.encoding();
+    for (size_t i = 0; file.frames() == 30000 && i < 100; ++i)
+      EXPECT_NEAR(sound.channel(1)[i], 0.6 * sine(440, 44100, 10000 + static_cast<long>(i)), 2 * tolerance) << file.encoding();
   }
 }
 
@@ -145,7 +145,7 @@ TEST_F(Sound, NothingIsLostWhenAllCoefficientsAreKept) {
     EXPECT_GT(report.all, 125) << frames;  // rounding of single precision
     EXPECT_EQ(report.shares[1].kept, static_cast<uint64_t>(0.05 * static_cast<double>(report.coefficients)));
     EXPECT_LE(report.shares[1].ratio, report.shares[0].ratio) << frames;
-    if (frames > 70000) EXPECT_GT(report.shares[1].ratio, 20);
+    EXPECT_GT(report.shares[1].ratio, frames > 70000 ? 20 : 5);
   }
 }
 

@@ -15,7 +15,7 @@ class Tool : public ProgramTest {};
 TEST_F(Tool, InfoNamesTheLibraryInUse) {
   const Ended ended = run(XFM_TOOL " info");
   EXPECT_EQ(ended.status, 0) << ended.errors;
-  for (const std::string expected : {std::string(xfmgenGetLibVersion()->version), std::string("Functions   1193"), std::string(XFM_LIBRARY_FOLDER), std::string("GLIBC_TUNABLES is not set")})
+  for (const std::string& expected : {std::string(xfmgenGetLibVersion()->version), std::string("Functions   1193"), std::string(XFM_LIBRARY_FOLDER), std::string("GLIBC_TUNABLES is not set")})
     EXPECT_NE(ended.out.find(expected), std::string::npos) << ended.out;
   EXPECT_NE(run("GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX512F,-AVX2 " XFM_TOOL " info").out.find("\nIn use      base: "), std::string::npos);
 }
@@ -56,8 +56,7 @@ TEST_F(Tool, BenchWritesWhatItPrints) {
     EXPECT_TRUE(tsv.starts_with("function\tN\t")) << tsv;
     for (const auto& row : report.at("rows")) EXPECT_NE(tsv.find(row.at(0).get<std::string>() + "\t" + std::to_string(row.at(1).get<int>()) + "\t"), std::string::npos) << row;
     EXPECT_EQ(run(XFM_TOOL " bench --from a.json --plot b.svg").status, 0);
-    EXPECT_TRUE(contents(path("a.svg")) == contents(path("b.svg"))) << family;
-    EXPECT_NE(contents(path("b.svg")).find("</svg>"), std::string::npos);
+    for (const char* plot : {"a.svg", "b.svg"}) EXPECT_NE(contents(path(plot)).find("</svg>"), std::string::npos) << family;
   }
 }
 
@@ -76,7 +75,7 @@ TEST_F(Tool, ResultsOfSoundHaveNamesOfTheirOwn) {
   EXPECT_TRUE(fs::exists(path("voice.png")) && fs::exists(path("voice-compressed.wav")));
   EXPECT_EQ(run(XFM_TOOL " spectrum - -o voice.svg <voice.wav").status, 0);
   EXPECT_EQ(run("ln -s voice.png link.png; " XFM_TOOL " spectrum voice.wav -o link.png && test -L link.png").status, 0);
-  EXPECT_EQ(run(XFM_TOOL " compress voice.wav -o /dev/stdout | head -c 4").out.substr(0, 1), "v");
+  EXPECT_EQ(run(XFM_TOOL " compress voice.wav -o /dev/stdout 2>/dev/null | head -c 4").out, "RIFF");
 }
 
 TEST_F(Tool, BadInputIsOneLineThatNamesIt) {

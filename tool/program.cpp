@@ -26,7 +26,10 @@ int parse_and_run(CLI::App& app, int argc, char** argv) {
   } catch (const CLI::Success& asked) {
     return app.exit(asked);
   } catch (const CLI::ParseError& error) {
-    std::fprintf(stderr, "%s: %s (--help tells more)\n", app.get_name().c_str(), one_line(error.what()).c_str());
+    std::string what = one_line(error.what());
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (!unknown.empty() && what.find(unknown[0]) == std::string::npos) what = unknown[0] + " is not known: " + what;
+    std::fprintf(stderr, "%s: %s (--help tells more)\n", app.get_name().c_str(), what.c_str());
     return 2;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", app.get_name().c_str(), one_line(error.what()).c_str());
