@@ -11,7 +11,8 @@ function(xfm_library target)
       SOVERSION ${PROJECT_VERSION}
       BUILD_WITH_INSTALL_RPATH ON
       INSTALL_RPATH "$ORIGIN")
-    target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now)
+    # Under -ffast-math the compiler would link a start file that sets flush-to-zero in whatever program loads the library.
+    target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now -fno-fast-math)
   endif()
   if(XFM_INSTALL)
     install(TARGETS ${target} EXPORT XfmTargets

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "dft/blocks.h"
+#include "flows/blocks.h"
 #include "generator/graph.h"
 
 namespace xfm {
