@@ -10,6 +10,7 @@ namespace xfm::dct4 {
 
 namespace {
 
+using Loop = Network::Loop;
 using Part = std::span<const int>;  // splits that are still to be done
 
 int length_of(Part splits) { return std::accumulate(splits.begin(), splits.end(), 2, std::multiplies<>()); }
@@ -44,6 +45,7 @@ Complex rotate_conjugate(Network& net, Complex a, int r, int num, int den) {
 void split_by_two(Network& net, int length, const std::vector<std::vector<Complex>>& s, std::vector<Complex>& z) {
   const int m2 = length / 2;
   for (int h = 0; h < m2 / 2; ++h) {
+    const Loop bin(net, "bin", h);
     const Complex t = net.rotate(s[1][h], 2 * h + 1, 2 * length);
     z[h] = net.add(s[0][h], t);
     z[m2 - 1 - h] = net.conjugate(net.sub(s[0][h], t));
@@ -55,11 +57,14 @@ void split_by_four(Network& net, int length, const std::vector<std::vector<Compl
   const int m2 = length / 4;
   const bool left = conjugations == Conjugations::Left;
   for (int h = 0; h < m2 / 2; ++h) {
+    const Loop bin(net, "bin", h);
     const bool pending = conjugations == Conjugations::OfParts && reflected(h, m2);
     std::vector<Complex> t = {s[0][h]};
-    for (int r = 1; r < 4; ++r)
+    for (int r = 1; r < 4; ++r) {
+      const Loop rotation(net, "rotation", r);
       t.push_back(pending ? rotate_conjugate(net, s[r][h], r, r * (2 * h + 1), 2 * length)
                           : net.rotate(s[r][h], r * (2 * h + 1), 2 * length));
+    }
     const Complex even = net.add(t[0], t[2]), even_less = net.sub(t[0], t[2]);
     const Complex odd = pending ? net.sub(t[1], t[3]) : net.add(t[1], t[3]);
     const Complex turned = net.quarter(pending ? net.add(t[1], t[3]) : net.sub(t[1], t[3]));
@@ -80,6 +85,7 @@ std::vector<Complex> forward_bins(Network& net, Part splits, const Sequence& d, 
   const int radix = splits[0], length = length_of(splits);
   std::vector<std::vector<Complex>> s;
   for (int r = 0; r < radix; ++r) {
+    const Loop loop(net, "part", r);
     const Conjugations part = conjugations == Conjugations::OfParts && r > 0 ? Conjugations::Left : Conjugations::Own;
     s.push_back(forward_bins(net, splits.subspan(1), decimated(net, d, length, radix, r), part));
   }
@@ -97,6 +103,7 @@ std::vector<std::vector<Complex>> synthesis_groups(Network& net, int length, int
   const int m2 = length / radix;
   std::vector<std::vector<Complex>> e(radix, std::vector<Complex>(m2 / 2));
   for (int h = 0; h < m2 / 2; ++h) {
+    const Loop bin(net, "bin", h);
     std::vector<Complex> a(radix), g(radix);
     for (int f = 0; f < radix / 2; ++f) a[f] = t[h + m2 * f];
     for (int f = 1; f <= radix / 2; ++f) a[radix - f] = net.conjugate(t[m2 * f - 1 - h]);
@@ -111,7 +118,10 @@ std::vector<std::vector<Complex>> synthesis_groups(Network& net, int length, int
            {net.add(even_less.re, odd_less.im), net.sub(even_less.im, odd_less.re)}};
     }
     e[0][h] = g[0];
-    for (int r = 1; r < radix; ++r) e[r][h] = net.rotate(g[r], r * (2 * h + 1), 2 * length);
+    for (int r = 1; r < radix; ++r) {
+      const Loop rotation(net, "rotation", r);
+      e[r][h] = net.rotate(g[r], r * (2 * h + 1), 2 * length);
+    }
   }
   return e;
 }
@@ -123,6 +133,7 @@ std::vector<Value> synthesis_of(Network& net, Part splits, const std::vector<Com
   const auto e = synthesis_groups(net, length, radix, t);
   std::vector<Value> y(length);
   for (int r = 0; r < radix; ++r) {
+    const Loop loop(net, "part", r);
     const std::vector<Value> part = synthesis_of(net, splits.subspan(1), e[r]);
     for (size_t l = 0; l < part.size(); ++l) y[r + radix * l] = part[l];
   }

@@ -146,14 +146,20 @@ void lifting(Network& net, const KernelPlan&) {
 void straight(Network& net, const KernelPlan& plan) {
   const int n = plan.length, d = plan.columns, m = n / d;
   std::vector<std::vector<Complex>> z;
-  for (int b = 0; b < d; ++b)
+  for (int b = 0; b < d; ++b) {
+    const Network::Loop column(net, "column", b);
     z.push_back(forward(net, plan.splits, [&](int t) {
       if (t == m / 2) return net.negate(net.load(0, n - 1 - b));
       return net.load(0, t >= 0 ? 2 * d * t + b : -2 * d * t - 1 - b);
     }));
+  }
   for (int g = 0; g < m / 2; ++g) {
+    const Network::Loop group(net, "group", g);
     std::vector<Complex> t;
-    for (int b = 0; b < d; ++b) t.push_back(net.rotate(z[b][g], (2 * b + 1) * (2 * g + 1), 8 * n));
+    for (int b = 0; b < d; ++b) {
+      const Network::Loop rotation(net, "rotation", b);
+      t.push_back(net.rotate(z[b][g], (2 * b + 1) * (2 * g + 1), 8 * n));
+    }
     const std::vector<Value> y = synthesis(net, plan.group_splits, t);
     for (int u = 0; u < d; ++u) net.store(y[u + d], 0, m * u + g);
     for (int u = 1; u <= d; ++u) net.store(y[d - u], 0, m * u - 1 - g);

@@ -29,7 +29,11 @@ class Network {
   Value negate(Value a);
   Value mul(Value a, Real constant);
   Value mul(Value a, Value b);
-  Value op(Op kind, Type type, int a, int b = -1, int imm = 0) { return {program_.emit({.op = kind, .type = type, .a = a, .b = b, .imm = imm}), false}; }
+  Value op(Op kind, Type type, int a, int b = -1, int imm = 0) {
+    loops_.next();
+    program_.set_label(loops_.label());
+    return {program_.emit({.op = kind, .type = type, .a = a, .b = b, .imm = imm}), false};
+  }
   Value load(int source, int cell) { return load(type_, source, cell); }
   Value load(Type type, int source, int cell);
   void store(Value v, int target, int cell);
@@ -47,12 +51,18 @@ class Network {
   int additions() const { return count(true); }
   int multiplications() const { return count(false); }
 
+  // An iteration of a loop of the flow.
+  struct Loop : xfm::Loop {
+    Loop(Network& net, std::string name, int iteration) : xfm::Loop(net.loops_, std::move(name), iteration) {}
+  };
+
  private:
   int count(bool additions) const;
 
   Type type_;
   Signs signs_;
   Program program_;
+  LoopNest loops_;
 };
 
 }  // namespace xfm::dct4

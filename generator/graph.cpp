@@ -51,10 +51,7 @@ bool Node::has_products() const {
 Ref Graph::find_or_make(Key key, Node node) {
   if (const auto found = known_.find(key); found != known_.end()) return found->second;
   const Ref made{size(), 0};
-  if (node.kind == Node::Kind::Sum) {
-    node.label = loops_;
-    node.label.push_back({"#" + std::to_string(made_.back())});
-  }
+  if (node.kind == Node::Kind::Sum) node.label = loops_.label();
   nodes_.push_back(std::move(node));
   known_.emplace(std::move(key), made);
   return made;
@@ -99,7 +96,7 @@ std::vector<Term> collected(std::span<const Term> terms) {
 }  // namespace
 
 Ref Graph::lin(std::span<const Term> given) {
-  ++made_.back();
+  loops_.next();
   std::vector<Term> terms = collected(given);
   if (terms.empty()) return {};
   if (terms.size() == 1 && terms[0].coef.unit()) return terms[0].ref;
@@ -145,16 +142,6 @@ Ref Graph::regroup(const std::vector<Point>& points) {
     key.emplace_back(p.lane, 0);
   }
   return find_or_make(std::move(key), {.kind = Node::Kind::Regroup, .points = points});
-}
-
-Graph::Loop::Loop(Graph& graph, const Label& label) : graph_(graph), outer_(graph.loops_.size()) {
-  graph_.loops_.insert(graph_.loops_.end(), label.begin(), label.end());
-  graph_.made_.push_back(0);
-}
-
-Graph::Loop::~Loop() {
-  graph_.loops_.resize(outer_);
-  graph_.made_.pop_back();
 }
 
 }  // namespace xfm

@@ -99,20 +99,12 @@ class Graph {
   Ref regroup(const std::vector<Point>& points);
 
   // An iteration of a loop of the flow: sums made while it stands carry it in their labels.
-  class Loop {
-   public:
-    Loop(Graph& graph, std::string name, int iteration = 0) : Loop(graph, Label{{std::move(name), iteration}}) {}
-    // As if within the loops of a label.
-    Loop(Graph& graph, const Label& label);
-    ~Loop();
-    Loop(const Loop&) = delete;
-
-   private:
-    Graph& graph_;
-    size_t outer_;
+  struct Loop : xfm::Loop {
+    Loop(Graph& graph, std::string name, int iteration = 0) : xfm::Loop(graph.loops_, std::move(name), iteration) {}
+    Loop(Graph& graph, const Label& label) : xfm::Loop(graph.loops_, label) {}
   };
   // Numbers the parts of an iteration that have loops of their own.
-  int next_in_loop() { return ++made_.back(); }
+  int next_in_loop() { return loops_.next(); }
 
  private:
   using Key = std::vector<std::pair<__int128, __int128>>;
@@ -121,8 +113,7 @@ class Graph {
   int lanes_;
   std::vector<Node> nodes_;
   std::map<Key, Ref> known_;
-  Label loops_;
-  std::vector<int> made_{0};  // by open loop: sums asked for so far
+  LoopNest loops_;
 };
 
 }  // namespace xfm

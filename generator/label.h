@@ -15,6 +15,34 @@ struct LoopStep {
 };
 using Label = std::vector<LoopStep>;
 
+// The loops that a flow is in while it makes its values.
+class LoopNest {
+ public:
+  // Numbers what an iteration makes.
+  int next() { return ++made_.back(); }
+  // Of the value numbered last.
+  Label label() const;
+
+ private:
+  friend class Loop;
+  Label loops_;
+  std::vector<int> made_{0};  // by open loop
+};
+
+// An iteration of a loop, while it stands.
+class Loop {
+ public:
+  Loop(LoopNest& nest, std::string name, int iteration = 0) : Loop(nest, Label{{std::move(name), iteration}}) {}
+  // As if within the loops of a label.
+  Loop(LoopNest& nest, const Label& label);
+  ~Loop();
+  Loop(const Loop&) = delete;
+
+ private:
+  LoopNest& nest_;
+  size_t outer_;
+};
+
 // The label of a value by those that take it as an operand: that of the first of them, without the iterations in which the
 // others differ, and the place at which the first one takes it, as one more loop.
 class OperandLabel {

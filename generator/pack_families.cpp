@@ -17,13 +17,9 @@ std::string pattern_of(const Operation& o) {
 size_t fastest_loop(const Family& family, const Rule& rule) {
   const size_t count = family.loops.size();
   const auto nth = [&](size_t i) { return rule.outermost ? i : count - 1 - i; };
-  for (const std::string& entry : rule.loops) {
-    const size_t colon = entry.find(':');
-    if (colon != std::string::npos && std::ranges::find(family.parts, entry.substr(0, colon)) == family.parts.end()) continue;
-    const std::string name = colon == std::string::npos ? entry : entry.substr(colon + 1);
+  for (const std::string& name : rule.loops)
     for (size_t i = 0; i < count; ++i)
       if (family.loops[nth(i)] == name) return nth(i);
-  }
   return nth(0);
 }
 
@@ -45,7 +41,6 @@ std::vector<Family> find_families(const Network& network) {
     const auto label = [&](int operation) -> const Label& { return network.operations[operation].label; };
     Family family;
     for (int operation : list) family.members.push_back({operation, {}});
-    for (const LoopStep& step : label(list[0])) family.parts.push_back(step.loop);
     for (size_t step = 0; step < label(list[0]).size(); ++step) {
       const auto iteration = [&](int operation) { return label(operation)[step].iteration; };
       if (std::ranges::all_of(list, [&](int o) { return iteration(o) == iteration(list[0]); })) continue;

@@ -13,8 +13,7 @@ namespace xfm::pack {
 
 struct Rule {
   int lanes = 4;
-  // The first that a family has is its fastest. "odd:class" stands for class in the families of that part of the flow only.
-  std::vector<std::string> loops;
+  std::vector<std::string> loops;  // the first that a family has is its fastest
   bool outermost = false;          // of several by that name, or of a family that has none of them, the outermost
   bool across = false;             // runs go on from one iteration of the other loops to the next
 
@@ -22,7 +21,6 @@ struct Rule {
 };
 
 struct Family {
-  std::vector<std::string> parts;  // of the flow: all names in the label
   std::vector<std::string> loops;  // those whose iterations differ between members, outermost first
   struct Member {
     int operation;

@@ -48,11 +48,20 @@ Want result_of(Op op, Type type, int imm) {
   return lanes;
 }
 
+// The numbers of lanes with the two registers exchanged.
 Want exchanged(const Want& lanes, int width) {
   Want out = lanes;
   for (int l = 0; l < width; ++l)
     if (out[l] != kNone) out[l] = out[l] < width ? out[l] + width : out[l] - width;
   return out;
+}
+
+// A way of one register, for the second of two.
+Way of_second(Way way, Type type) {
+  const int width = xfm::width(type), all = (1 << width) - 1;
+  if (way.steps.empty()) return {kBlend, {{Op::Blend, 0, 1, all, result_of(Op::Blend, type, all)}}};
+  for (Step& s : way.steps) s.a = 1, s.lanes = exchanged(s.lanes, width);
+  return way;
 }
 
 }  // namespace
@@ -120,11 +129,12 @@ Way Moves::find(Type type, const Want& want) {
     from_b = from_b || want[l] >= w;
   }
   if (identity) return {};
+  if (!from_a) return of_second(way(type, exchanged(want, w)), type);
   Way best = direct(type, want);
   const auto consider = [&](Way way) {
     if (best.steps.empty() || way.price < best.price) best = std::move(way);
   };
-  if (!from_a || !from_b) {
+  if (!from_b) {
     check(!best.steps.empty(), "lanes of one register come in any order");
     return best;
   }

@@ -10,7 +10,6 @@ namespace xfm::pack {
 namespace {
 
 constexpr size_t kRefined = 2;       // rules of a width that are given a second loop
-constexpr int kExceptions = 3;       // parts of the flow that have a loop of their own
 constexpr size_t kModelled = 4;      // forms of a width that are run in the model, of all those that are packed
 constexpr double kHandicap = 0.95;   // of a packed form: what the model does not see of it
 
@@ -19,16 +18,10 @@ class Trials {
  public:
   Trials(const Network& network, const std::vector<Family>& families, Abilities abilities, Grid grid)
       : network_(network), families_(families), abilities_(abilities), grid_(grid) {
-    for (const Family& f : families) {
-      loops_.insert(f.loops.begin(), f.loops.end());
-      for (const std::string& part : f.parts)
-        for (const std::string& loop : f.loops)
-          if (f.loops.size() > 1 && part != loop) part_loops_.emplace(part, loop);
-    }
+    for (const Family& f : families) loops_.insert(f.loops.begin(), f.loops.end());
   }
 
-  // First every loop by itself, then with the best of them every other as the second, then other loops for parts of the
-  // flow, as long as that helps.
+  // First every loop by itself, then with the best of them every other as the second.
   std::vector<Rule> best(int lanes) {
     try_with(lanes, {});
     for (const std::string& loop : loops_) try_with(lanes, {loop});
@@ -39,15 +32,6 @@ class Trials {
           rule.loops.push_back(loop);
           attempt(rule);
         }
-    for (int exceptions = 0; exceptions < kExceptions; ++exceptions) {
-      const Rule best = ranked(1).front();
-      for (const auto& [part, loop] : part_loops_) {
-        Rule rule = best;
-        rule.loops.insert(rule.loops.begin(), part + ":" + loop);
-        attempt(rule);
-      }
-      if (ranked(1).front() == best) break;
-    }
     return ranked(kModelled);
   }
 
@@ -78,7 +62,6 @@ class Trials {
   const Abilities abilities_;
   const Grid grid_;
   std::set<std::string> loops_;
-  std::set<std::pair<std::string, std::string>> part_loops_;
   std::set<std::vector<std::vector<int>>> seen_;
   std::vector<std::pair<double, Rule>> tried_;
 };

@@ -1,5 +1,5 @@
 // Searches for the packed forms of the real and Hartley kernels and writes their rows of plans/pack_recipes.tsv.
-//   xfm_pack_search PLANS TARGET OUTPUT [N]
+//   xfm_pack_search PLANS TARGET OUTPUT [KERNELS [N]]
 #include <iostream>
 
 #include "generator/check.h"
@@ -14,15 +14,16 @@ namespace xfm::rdft {
 namespace {
 
 void program(int argc, char** argv) {
-  if (argc < 4) throw InputError("usage: xfm_pack_search PLANS TARGET OUTPUT [N]");
+  if (argc < 4) throw InputError("usage: xfm_pack_search PLANS TARGET OUTPUT [KERNELS [N]]");
   const std::string target = argv[2];
   const bool v4 = target == "v4";
   std::string text = pack::recipe_columns();
   for (const Family family : {Family::Forward, Family::Inverse, Family::Hartley}) {
+    if (argc > 4 && kernels_name(family) != argv[4]) continue;
     const Layout source = family == Family::Inverse ? Layout::Ccs : Layout::Samples;
     const Layout result = family == Family::Forward ? Layout::Ccs : Layout::Samples;
     for (const Row& row : read_rows(argv[1], family)) {
-      if (argc > 4 && row.length != std::stoi(argv[4])) continue;
+      if (argc > 5 && row.length != std::stoi(argv[5])) continue;
       for (const Precision precision : {Precision::Single, Precision::Double}) {
         const Program scalar = lower(row.flow, source, result, precision);
         const pack::Form form = pack::search(scalar, lanes_to_try(precision), {v4}, grid(source, result, row.length), v4 ? 32 : 16);

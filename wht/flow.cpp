@@ -1,5 +1,6 @@
 #include "wht/flow.h"
 
+#include <algorithm>
 #include <span>
 
 #include "generator/check.h"
@@ -43,6 +44,16 @@ class Flow {
     }
   }
 
+  // The levels inside each register.
+  void butterflies_inside(std::span<int> values) {
+    const int lanes = width(type_);
+    for (int distance = 1; distance < lanes; distance *= 2) {
+      std::vector<int> signs;
+      for (int l = 0; l < lanes; ++l) signs.push_back(l & distance ? -1 : 1);
+      for (int& value : values) value = program_.signed_add(type_, exchanged(value, distance), value, signs);
+    }
+  }
+
   void store(const std::vector<int>& values, int stride, Scaling scaling) {
     for (size_t i = 0; i < values.size(); ++i) {
       int value = values[i];
@@ -54,6 +65,18 @@ class Flow {
   Program program() && { return std::move(program_); }
 
  private:
+  // Lane l of the result is lane l ^ distance.
+  int exchanged(int value, int distance) {
+    const int within = 128 / (single_precision(type_) ? 32 : 64);  // lanes of 128 bits, which an instruction permutes alike
+    if (distance < within) {
+      const int swapped = within == 4 ? (distance == 1 ? 0xB1 : 0x4E) : 0x55 & ((1 << width(type_)) - 1);
+      return program_.emit({.op = Op::Permute, .type = type_, .a = value, .imm = swapped});
+    }
+    const int parts = width(type_) / within, apart = distance / within;
+    const int swapped = parts == 2 ? 0x01 : apart == 1 ? 0xB1 : 0x4E;
+    return program_.emit({.op = Op::Halves, .type = type_, .a = value, .b = value, .imm = swapped});
+  }
+
   int emit(Op op, int a, int b) { return program_.emit({.op = op, .type = type_, .a = a, .b = b}); }
 
   Type type_;
@@ -62,12 +85,13 @@ class Flow {
 
 }  // namespace
 
-Program block_flow(int order, Type type, Scaling scaling) {
+Program block_flow(int order, Type type, Inside inside, Scaling scaling) {
   const int lanes = width(type), registers = (1 << order) / lanes;
-  check(registers >= lanes, "a block fills whole groups of registers");
+  check(registers >= (inside == Inside::Transpose ? lanes : 1), "a block fills whole groups of registers");
   Flow flow(type);
   std::vector<int> values = flow.load(registers, lanes);
-  for (int first = 0; first < registers && lanes > 1; first += lanes) {
+  if (inside == Inside::Permute) flow.butterflies_inside(values);
+  for (int first = 0; first < registers && lanes > 1 && inside == Inside::Transpose; first += lanes) {
     const std::span<int> group = std::span(values).subspan(first, lanes);
     flow.transpose(group);
     flow.butterflies(group);
@@ -99,7 +123,8 @@ Counts operator*(int times, const Counts& counts) {
 
 Counts count(const Program& program) {
   const PortUse use = port_use(program);
-  return {use.adds, use.muls, use.moves()};
+  const int by_sign = static_cast<int>(std::ranges::count(program.insts(), Op::SignedAdd, &Inst::op));  // run where products do
+  return {use.adds + by_sign, use.muls - by_sign, use.moves()};
 }
 
 }  // namespace xfm::wht

@@ -11,9 +11,12 @@ namespace xfm::wht {
 
 enum class Scaling { None, Last };  // whether outputs are multiplied by the scale before they are stored
 
-// Contiguous elements, from source cell 0 on to target cell 0 on. In a vector type the levels inside a register run
-// between registers too, in transposed groups of as many registers as one has lanes.
-Program block_flow(int order, Type type, Scaling scaling);
+// How the levels inside a register run: between the registers of square groups, transposed and transposed back; or as the
+// sum of the register and itself in another order, with a sign by lane: a + b in the lanes of a, a - b in those of b.
+enum class Inside { Transpose, Permute };
+
+// Contiguous elements, from source cell 0 on to target cell 0 on.
+Program block_flow(int order, Type type, Inside inside, Scaling scaling);
 // Elements at a stride, one register of neighbouring columns wide.
 Program column_flow(int order, int stride, Type type, Scaling scaling);
 

@@ -1,6 +1,6 @@
 // Writes the units of the Walsh-Hadamard transform.
-//   gen_wht UNIT PLANS OUTPUT     a unit, pgenwht32fw7 or pgenwht64fw7
-//   gen_wht counts PLANS OUTPUT   instructions of every kernel's code: each pass once, however often it runs
+//   gen_wht UNIT TARGET PLANS OUTPUT     a unit, pgenwht32fw7 or pgenwht64fw7, for a target
+//   gen_wht counts TARGET PLANS OUTPUT   instructions of every kernel's code: each pass once, however often it runs
 // PLANS is the directory of the plan tables. Nothing is written unless every kernel costs what its plan says.
 #include "generator/check.h"
 #include "generator/functions.h"
@@ -33,12 +33,14 @@ std::string kernel_of(const Plan& plan, const std::string& type, const FunctionL
   std::vector<Pass> passes = passes_of(plan);
   const Counts made = check_counts(plan, passes);
   kernel.note += ", " + std::to_string(made.shuffles) + " shuffles";
-  if (passes.size() == 1) {
+  if (passes.size() == 1 && !plan.wide()) {
     kernel.program = std::move(passes[0].program);
-  } else {
-    kernel.statements = pass_statements(plan, passes);
+    return kernel_text(kernel);
   }
-  return kernel_text(kernel);
+  const Program& first = passes[0].program;
+  const std::string pool = kernel.symbol.substr(4) + "_signs";
+  kernel.statements = pass_statements(plan, passes, "owngPool_" + pool);
+  return (first.pool().empty() ? "" : pool_text(first, pool, kernel.single, {}, 1)) + kernel_text(kernel);
 }
 
 std::string size_query(const std::vector<Plan>& plans, const std::string& type) {
@@ -50,18 +52,18 @@ std::string size_query(const std::vector<Plan>& plans, const std::string& type) 
          orders + ") return xfmStatusSizeError;\n  *size = sizes[order - 1];\n  return xfmStatusOk;\n}\n";
 }
 
-std::string unit_text(const std::string& unit, const std::string& type, const std::string& plans) {
+std::string unit_text(const std::string& unit, const std::string& type, const std::string& target, const std::string& plans) {
   const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
-  const std::vector<Plan> rows = read_plans(plans + "/wht_plans.tsv", type);
+  const std::vector<Plan> rows = read_plans(plans + "/wht_plans.tsv", target, type);
   std::string text = unit_head(unit, "gen_wht") + "#include \"wht/pass_support.h\"\n\n";
   for (const Plan& plan : rows) text += kernel_of(plan, type, functions);
   return text + size_query(rows, type);
 }
 
-std::string counts_text(const std::string& plans) {
+std::string counts_text(const std::string& target, const std::string& plans) {
   std::string text = "function\tadds\tmuls\tshuffles\n";
   for (const std::string& type : kTypes)
-    for (const Plan& plan : read_plans(plans + "/wht_plans.tsv", type)) {
+    for (const Plan& plan : read_plans(plans + "/wht_plans.tsv", target, type)) {
       const std::vector<Pass> passes = passes_of(plan);
       check_counts(plan, passes);
       Counts code;
@@ -73,16 +75,16 @@ std::string counts_text(const std::string& plans) {
   return text;
 }
 
-std::string text_of(const std::string& what, const std::string& plans) {
-  if (what == "counts") return counts_text(plans);
+std::string text_of(const std::string& what, const std::string& target, const std::string& plans) {
+  if (what == "counts") return counts_text(target, plans);
   for (const std::string& type : kTypes)
-    if (what == "pgenwht" + type + "w7") return unit_text(what, type, plans);
+    if (what == "pgenwht" + type + "w7") return unit_text(what, type, target, plans);
   throw InputError("no unit or report is named " + what);
 }
 
 void program(int argc, char** argv) {
-  if (argc != 4) throw InputError("usage: gen_wht UNIT|counts PLANS OUTPUT");
-  write_file(argv[3], text_of(argv[1], argv[2]));
+  if (argc != 5) throw InputError("usage: gen_wht UNIT|counts TARGET PLANS OUTPUT");
+  write_file(argv[4], text_of(argv[1], argv[2], argv[3]));
 }
 
 }  // namespace

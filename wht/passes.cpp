@@ -25,24 +25,30 @@ Lines loop(const std::string& index, int limit, int step, const Lines& body) {
 
 void append(Lines& lines, const Lines& more) { lines.insert(lines.end(), more.begin(), more.end()); }
 
-// How src and dst are accessed is the kernel's parameter; the regions of the buffer are aligned.
-const std::string kFromSrc = "Through<Access, Aligned>", kInBuffer = "Aligned", kToDst = "Through<Aligned, Access>";
+// How src and dst are accessed is the kernel's parameter; the regions of the buffer are aligned to 16 bytes, and wider
+// registers are moved as if nothing were.
+enum class Move { FromSrc, InBuffer, ToDst };
 
-Lines body(const Pass& pass, const std::string& from, const std::string& to, const std::string& access) {
-  return body_text(pass.program, {.sources = {from}, .targets = {to}, .pool = {}, .access = access, .scale_lanes = 1});
+std::string access(const Plan& plan, Move move) {
+  if (plan.wide()) return "Unaligned";
+  return move == Move::FromSrc ? "Through<Access, Aligned>" : move == Move::InBuffer ? "Aligned" : "Through<Aligned, Access>";
 }
 
-Lines blocks(const Plan& plan, const std::vector<Pass>& passes) {
+Lines body(const Pass& pass, const std::string& from, const std::string& to, const std::string& access, const std::string& pool = {}) {
+  return body_text(pass.program, {.sources = {from}, .targets = {to}, .pool = pool, .access = access, .scale_lanes = 1});
+}
+
+Lines blocks(const Plan& plan, const std::vector<Pass>& passes, const std::string& pool) {
   Lines block = {"const auto* from = x + block;", "auto* to = main_region + block;"};
-  append(block, body(passes[0], "from", "to", kFromSrc));
+  append(block, body(passes[0], "from", "to", access(plan, Move::FromSrc), pool));
   return loop("block", plan.length(), plan.block(), block);
 }
 
-Lines chunks(const Plan& plan, const std::vector<Pass>& passes) {
+Lines chunks(const Plan& plan, const std::vector<Pass>& passes, const std::string& pool) {
   Lines block = {"const auto* from = x + chunk + block;", "auto* to = staging + block;"};
-  append(block, body(passes[0], "from", "to", kFromSrc));
+  append(block, body(passes[0], "from", "to", access(plan, Move::FromSrc), pool));
   Lines column = {"const auto* from = staging + column;", "auto* to = main_region + chunk + column;"};
-  append(column, body(passes[1], "from", "to", kInBuffer));
+  append(column, body(passes[1], "from", "to", access(plan, Move::InBuffer)));
   Lines chunk = loop("block", plan.chunk(), plan.block(), block);
   append(chunk, loop("column", plan.block(), width(plan.type), column));
   return loop("chunk", plan.length(), plan.chunk(), chunk);
@@ -53,7 +59,7 @@ Lines chunks(const Plan& plan, const std::vector<Pass>& passes) {
 std::vector<Pass> passes_of(const Plan& plan) {
   const int lanes = width(plan.type), last = static_cast<int>(plan.passes.size()) - 1;
   const auto scaling = [&](int k) { return k == last ? Scaling::Last : Scaling::None; };
-  std::vector<Pass> passes = {{block_flow(plan.passes[0], plan.type, scaling(0)), plan.length() / plan.block()}};
+  std::vector<Pass> passes = {{block_flow(plan.passes[0], plan.type, plan.inside, scaling(0)), plan.length() / plan.block()}};
   for (int k = 1, stride = plan.block(); k <= last; stride <<= plan.passes[k++]) {
     const int columns = plan.length() >> plan.passes[k];
     passes.push_back({column_flow(plan.passes[k], stride, plan.type, scaling(k)), columns / lanes});
@@ -73,16 +79,17 @@ Counts check_counts(const Plan& plan, const std::vector<Pass>& passes) {
   return made;
 }
 
-Lines pass_statements(const Plan& plan, const std::vector<Pass>& passes) {
+Lines pass_statements(const Plan& plan, const std::vector<Pass>& passes, const std::string& pool) {
+  if (passes.size() == 1) return body(passes[0], "x", "y", plan.wide() ? "Unaligned" : "Access", pool);
   const std::string element = single_precision(plan.type) ? "float" : "double";
   const std::string bytes = std::to_string(plan.main_bytes + plan.staging_bytes);
   Lines lines = {"void* own = nullptr;", "if (buffer == nullptr) own = buffer = xfmMalloc(" + bytes + ");",
                  element + "* const main_region = static_cast<" + element + "*>(buffer);"};
   const bool staged = passes.size() == 3;
   if (staged) lines.push_back(element + "* const staging = main_region + " + std::to_string(plan.length()) + ";");
-  append(lines, staged ? chunks(plan, passes) : blocks(plan, passes));
+  append(lines, staged ? chunks(plan, passes, pool) : blocks(plan, passes, pool));
   Lines column = {"const auto* from = main_region + column;", "auto* to = y + column;"};
-  append(column, body(passes.back(), "from", "to", kToDst));
+  append(column, body(passes.back(), "from", "to", access(plan, Move::ToDst)));
   append(lines, loop("column", plan.chunk(), width(plan.type), column));
   lines.push_back("if (own != nullptr) xfmFree(own);");
   return lines;

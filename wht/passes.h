@@ -22,7 +22,8 @@ std::vector<Pass> passes_of(const Plan& plan);
 // Counts of one call. A plan that states other additions or multiplications, or fewer shuffles, is bad input.
 Counts check_counts(const Plan& plan, const std::vector<Pass>& passes);
 
-// Statements over x, y, scale and buffer that run two or three passes; a null buffer is replaced by a block of its own.
-std::vector<std::string> pass_statements(const Plan& plan, const std::vector<Pass>& passes);
+// Statements over x, y, scale and buffer that run all passes; a null buffer is replaced by a block of its own. `pool` names
+// the constants of the first pass, the only one that has any.
+std::vector<std::string> pass_statements(const Plan& plan, const std::vector<Pass>& passes, const std::string& pool);
 
 }  // namespace xfm::wht

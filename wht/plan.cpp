@@ -8,9 +8,17 @@ namespace xfm::wht {
 namespace {
 
 Type value_type(const TableRow& row, bool single) {
-  if (row["form"] == "scalar") return single ? Type::F32 : Type::F64;
-  if (row["form"] == "vector") return single ? Type::F32x4 : Type::F64x2;
-  row.fail("form: \"" + row["form"] + "\" is neither scalar nor vector");
+  const int lanes = row.integer("lanes");
+  const int most = single ? 16 : 8;
+  if (lanes < 1 || lanes > most || (lanes & (lanes - 1)) != 0 || (single && lanes == 2)) row.fail("lanes: no register has " + row["lanes"]);
+  return vector_type(single, lanes);
+}
+
+Inside levels_inside(const TableRow& row, Type type) {
+  const std::string& inside = row["inside"];
+  if (inside == "permute" && width(type) > 1) return Inside::Permute;
+  if (inside != (width(type) > 1 ? "transpose" : "-")) row.fail("inside: \"" + inside + "\" is not how these lanes run");
+  return Inside::Transpose;
 }
 
 std::vector<int> pass_orders(const TableRow& row) {
@@ -30,7 +38,8 @@ void validate(const Plan& plan, const TableRow& row) {
   const bool large = plan.order > kRegisterOrders;
   const size_t passes = plan.passes.size();
   if (large ? passes != 2 && passes != 3 : passes != 1) row.fail("one pass up to order 7, two or three above it");
-  if (plan.block() < width(plan.type) * width(plan.type)) row.fail("a block is less than a square group of registers");
+  const int lanes = width(plan.type), group = plan.inside == Inside::Transpose ? lanes * lanes : lanes;
+  if (plan.block() < group) row.fail("a block is less than a group of registers");
   const int element = single_precision(plan.type) ? 4 : 8;
   if (plan.main_bytes != (large ? plan.length() * element : 0)) row.fail("main: the region holds the data once from order 8 on");
   if (plan.staging_bytes != (passes == 3 ? plan.chunk() * element : 0)) row.fail("staging: the region holds a chunk of three passes");
@@ -45,15 +54,18 @@ std::string Plan::note() const {
          " multiplications in " + (width(type) > 1 ? "vectors" : "scalars");
 }
 
-std::vector<Plan> read_plans(const std::filesystem::path& path, const std::string& type) {
-  const Table table = Table::read(path, {"type", "order", "passes", "form", "additions", "multiplications", "shuffles", "main", "staging"});
+std::vector<Plan> read_plans(const std::filesystem::path& path, const std::string& target, const std::string& type) {
+  const Table table = Table::read(path, {"target", "type", "order", "passes", "lanes", "inside", "additions", "multiplications",
+                                         "shuffles", "main", "staging"});
   std::vector<Plan> plans;
   for (const TableRow& row : table.rows()) {
     if (row["type"] != "32f" && row["type"] != "64f") row.fail("type: \"" + row["type"] + "\" is neither 32f nor 64f");
-    if (row["type"] != type) continue;
+    if (row["target"] != target || row["type"] != type) continue;
+    const Type value = value_type(row, type == "32f");
     Plan plan{.order = row.integer("order"),
-              .type = value_type(row, type == "32f"),
+              .type = value,
               .passes = pass_orders(row),
+              .inside = levels_inside(row, value),
               .limit = {row.integer("additions"), row.integer("multiplications"), row.integer("shuffles")},
               .main_bytes = row.integer("main"),
               .staging_bytes = row.integer("staging"),
@@ -62,7 +74,7 @@ std::vector<Plan> read_plans(const std::filesystem::path& path, const std::strin
     validate(plan, row);
     plans.push_back(std::move(plan));
   }
-  if (plans.size() != kOrders) fail_input(path.string(), 0, type + " has " + std::to_string(plans.size()) + " orders instead of 13");
+  if (plans.size() != kOrders) fail_input(path.string(), 0, target + " " + type + " has " + std::to_string(plans.size()) + " orders instead of 13");
   return plans;
 }
 

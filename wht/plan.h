@@ -17,6 +17,7 @@ struct Plan {
   int order = 0;
   Type type = Type::F32;    // of the values a body holds
   std::vector<int> passes;  // orders, lowest stride first
+  Inside inside = Inside::Transpose;
   Counts limit;             // of one call; shuffles may be fewer
   int main_bytes = 0, staging_bytes = 0;
   TableRow row;             // where it comes from
@@ -25,10 +26,12 @@ struct Plan {
   [[nodiscard]] int block() const { return 1 << passes[0]; }  // elements of one block of the first pass
   // Elements that the passes before the last one transform together: with three passes a chunk in the staging region.
   [[nodiscard]] int chunk() const { return length() >> passes.back(); }
+  // Whether registers are wider than the alignment that arrays and buffers may have.
+  [[nodiscard]] bool wide() const { return bits(type) > 128; }
   [[nodiscard]] std::string note() const;  // passes and counts, for readers of the unit
 };
 
-// The plans of one element type ("32f", "64f"), by order from 1 on, complete and consistent.
-std::vector<Plan> read_plans(const std::filesystem::path& table, const std::string& type);
+// The plans of a target and an element type ("32f", "64f"), by order from 1 on, complete and consistent.
+std::vector<Plan> read_plans(const std::filesystem::path& table, const std::string& target, const std::string& type);
 
 }  // namespace xfm::wht
