@@ -30,6 +30,7 @@
 #include <mutex>
 #include <random>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -122,22 +123,39 @@ int run(const std::string& command) {
 
 std::string quoted(const std::string& text) { return "'" + std::regex_replace(text, std::regex("'"), "'\\''") + "'"; }
 
-// A copy of source and build, with the times of all files.
+// A folder of this run that goes when the run ends.
+class Folder {
+ public:
+  Folder() : path_(fs::temp_directory_path() / ("xfm_faults." + std::to_string(getpid()))) { fs::create_directories(path_); }
+  ~Folder() { fs::remove_all(path_); }
+  [[nodiscard]] const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// Source and build as they were when the run began, with the times of all files; what stands beside the build is left out.
+void take_snapshot(const Options& options, const fs::path& to) {
+  const auto build = fs::relative(options.build, options.source);
+  fs::create_directories(to / build.parent_path());
+  const auto copied = run("cd " + quoted(options.source) + " && tar --exclude=./.git --exclude=./" + quoted(build.begin()->string()) +
+                          " -cf - . | tar -xf - -C " + quoted(to) + " && cp -a " + quoted(options.build) + " " + quoted(to / build));
+  if (copied != 0) throw std::runtime_error("the tree cannot be copied");
+}
+
+// A copy of the snapshot for one fault.
 class Copy {
  public:
-  Copy(const Options& options, unsigned worker)
-      : options_(options), folder_(fs::temp_directory_path() / ("xfm_faults." + std::to_string(getpid()) + "." + std::to_string(worker))) {}
-  ~Copy() { fs::remove_all(folder_); }
+  Copy(const Options& options, const fs::path& folder, unsigned worker)
+      : options_(options), snapshot_(folder / "snapshot"), folder_(folder / std::to_string(worker)) {
+    fs::create_directories(folder_);
+  }
   [[nodiscard]] fs::path tree() const { return folder_ / "tree"; }
+  [[nodiscard]] const fs::path& snapshot() const { return snapshot_; }
 
   void renew() const {
     fs::remove_all(tree());
-    const auto build = fs::relative(options_.build, options_.source);
-    fs::create_directories(tree() / build.parent_path());
-    const auto top = build.begin()->string();
-    const auto copied = run("cd " + quoted(options_.source) + " && tar --exclude=./.git --exclude=./" + quoted(top) + " -cf - . | tar -xf - -C " +
-                            quoted(tree()) + " && cp -a " + quoted(options_.build) + " " + quoted(tree() / build));
-    if (copied != 0) throw std::runtime_error("the tree cannot be copied");
+    if (run("cp -a " + quoted(snapshot_) + " " + quoted(tree())) != 0) throw std::runtime_error("the snapshot cannot be copied");
   }
 
   // Runs a command with the copy in the tree's place; what it says goes to the log.
@@ -149,7 +167,7 @@ class Copy {
 
  private:
   const Options& options_;
-  fs::path folder_;
+  fs::path snapshot_, folder_;
 };
 
 // The first line of the log that the pattern finds, or the last one.
@@ -192,7 +210,7 @@ Outcome outcome_of(const Options& options, const Copy& copy, const Fault& fault)
   const auto start = std::chrono::steady_clock::now();
   copy.renew();
   for (const auto& edit : fault.edits) {
-    const auto text = planted(options.source, fault, edit);
+    const auto text = planted(copy.snapshot(), fault, edit);
     std::ofstream(copy.tree() / edit.file, std::ios::binary) << text;
   }
   const auto by = caught_by(options, copy, fault.targets, fault.tests);
@@ -201,18 +219,24 @@ Outcome outcome_of(const Options& options, const Copy& copy, const Fault& fault)
 }
 
 // Without a fault all the tests that are asked must pass, or nothing is shown.
-void check_without_fault(const Options& options, const std::vector<Fault>& faults) {
-  std::string targets, tests;
+void check_without_fault(const Options& options, const fs::path& folder, const std::vector<Fault>& faults) {
+  std::set<std::string> targets, tests;
   for (const auto& fault : faults) {
     if (!fault.harmless.empty()) continue;
-    targets += " " + fault.targets;
-    tests += (tests.empty() ? "" : "|") + fault.tests;
+    targets.insert(fault.targets);
+    tests.insert(fault.tests);
   }
   if (tests.empty()) return;
-  const Copy copy(options, 0);
+  std::string all;
+  for (const auto& names : targets) all += " " + names;
+  const Copy copy(options, folder, 0);
   copy.renew();
-  std::printf("without a fault first ...\n");
-  if (const auto by = caught_by(options, copy, targets, tests); !by.empty()) throw std::runtime_error("without a fault: " + by);
+  for (const auto& some : tests) {
+    const auto by = caught_by(options, copy, all, some);
+    if (by.empty()) continue;
+    std::cerr << read(copy.log());
+    throw std::runtime_error("without a fault: " + by);
+  }
 }
 
 int run_all(const Options& options, const std::vector<Fault>& faults) {
@@ -220,11 +244,13 @@ int run_all(const Options& options, const std::vector<Fault>& faults) {
     std::printf("skipped: it takes a mount namespace and a build folder below the source\n");
     return 77;
   }
-  check_without_fault(options, faults);
+  const Folder folder;
+  take_snapshot(options, folder.path() / "snapshot");
+  check_without_fault(options, folder.path(), faults);
   std::vector<Outcome> outcomes(faults.size());
   std::atomic<std::size_t> next = 0, done = 0;
   const auto work = [&](unsigned worker) {
-    const Copy copy(options, worker);
+    const Copy copy(options, folder.path(), worker);
     for (std::size_t i; (i = next++) < faults.size();) {
       try {
         outcomes[i] = outcome_of(options, copy, faults[i]);
