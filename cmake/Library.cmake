@@ -11,8 +11,7 @@ function(xfm_library target)
       SOVERSION ${PROJECT_VERSION}
       BUILD_WITH_INSTALL_RPATH ON
       INSTALL_RPATH "$ORIGIN")
-    # Under -ffast-math the compiler would link a start file that sets flush-to-zero in whatever program loads the library.
-    target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now -fno-fast-math)
+    target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,--no-undefined -Wl,-z,relro -Wl,-z,now)
   endif()
   if(XFM_INSTALL)
     install(TARGETS ${target} EXPORT XfmTargets

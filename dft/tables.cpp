@@ -4,6 +4,7 @@
 #include <charconv>
 #include <set>
 
+#include "flows/rows.h"
 #include "generator/check.h"
 #include "generator/table.h"
 
@@ -12,20 +13,6 @@ namespace xfm {
 namespace {
 
 constexpr int kSmallest = 2, kLargest = 64;
-
-Plan plan_in(const TableRow& row, std::string_view column) {
-  try {
-    return parse_plan(row[column]);
-  } catch (const InputError& error) {
-    row.fail(error.what());
-  }
-}
-
-Plan plan_in(const TableRow& row, std::string_view column, int length) {
-  Plan plan = plan_in(row, column);
-  if (plan.length != length) row.fail("plan '" + row[column] + "' has length " + std::to_string(plan.length));
-  return plan;
-}
 
 bool is_odd_prime(int n) { return n > 2 && is_prime(n); }
 
@@ -68,16 +55,9 @@ void check_flow(const TableRow& row, const ComplexPlan& plan) {
     row.fail("the flow '" + row["flow"] + "' has nothing to change in this plan");
 }
 
-void collect_blocks(const Plan& plan, std::vector<const Plan*>& blocks) {
-  if (plan.parts.empty()) blocks.push_back(&plan);
-  for (const Plan& part : plan.parts) collect_blocks(part, blocks);
-}
-
 std::multiset<int> block_lengths(const Plan& plan) {
-  std::vector<const Plan*> blocks;
-  collect_blocks(plan, blocks);
   std::multiset<int> lengths;
-  for (const Plan* b : blocks) lengths.insert(b->length);
+  for (const Plan* b : leaves(plan)) lengths.insert(b->length);
   return lengths;
 }
 
@@ -93,7 +73,7 @@ ComplexPlan method_in(const TableRow& row, int length) {
     plan.plan = plan_in(row, "runs", length - 1);
   } else if (name == "bluestein") {
     plan.method = ComplexPlan::Method::Bluestein;
-    plan.plan = plan_in(row, "runs");
+    plan.plan = plan_in(row, "runs", 0);
     if (plan.plan.length < 2 * length - 1) row.fail("a chirp convolution is at least twice the length");
   } else {
     plan.plan = plan_in(row, "plan", length);
@@ -110,31 +90,15 @@ ComplexPlan method_in(const TableRow& row, int length) {
   return plan;
 }
 
-// A kernel meets the reference, or departs by at most a hundredth or downwards, with a reason.
 void read_counts(const TableRow& row, ComplexRow& out) {
-  out.reference = {row.integer("A"), row.integer("M")};
-  out.built = out.reference;
-  if (row["built A"] == "-" && row["built M"] == "-" && row["reason"] == "-") return;
-  out.built = {row.integer("built A"), row.integer("built M")};
-  out.reason = row["reason"];
-  if (out.reason == "-" || out.reason.empty()) row.fail("a departure from the reference counts needs its reason");
-  const auto near = [](int built, int reference) { return built <= reference + reference / 100; };
-  if (!near(out.built.additions, out.reference.additions) || !near(out.built.multiplications, out.reference.multiplications))
-    row.fail("the built counts exceed the reference by more than a hundredth");
+  const StatedCount additions = stated_count(row, "A"), multiplications = stated_count(row, "M");
+  out.reference = {additions.reference, multiplications.reference};
+  out.built = {additions.built, multiplications.built};
+  out.reason = departure_reason(row);
 }
 
 // A block without a name is a butterfly or a prime.
 bool has_form(int length) { return length == 2 || length == 4 || is_odd_prime(length); }
-
-// Blocks of real-lane recipes: direct, or called by a name.
-void check_lane_blocks(const TableRow& row, const Plan& plan, const Recipes& recipes) {
-  std::vector<const Plan*> blocks;
-  collect_blocks(plan, blocks);
-  for (const Plan* b : blocks) {
-    if (b->kind == Plan::Kind::NamedRader && !recipes.by_name.contains(b->name)) row.fail("no block has the name " + b->name);
-    if (b->kind == Plan::Kind::Block && !has_form(b->length)) row.fail("no block has the length " + std::to_string(b->length));
-  }
-}
 
 // Every prime block of a row's plan can be made in the forms that it takes.
 void check_recipes(const ComplexRow& row, const Recipes& recipes) {
@@ -144,13 +108,11 @@ void check_recipes(const ComplexRow& row, const Recipes& recipes) {
   };
   if (row.plan.method == ComplexPlan::Method::RealLane) check_form(row.plan.length, BlockForm::RealLane);
   if (row.plan.method == ComplexPlan::Method::RealLane || row.plan.method == ComplexPlan::Method::Direct) return;
-  std::vector<const Plan*> blocks;
-  collect_blocks(row.plan.plan, blocks);
   const std::multiset<int> lengths = block_lengths(row.plan.plan);
   for (const auto& [prime, forms] : row.plan.forms.special)
     if (!lengths.contains(prime))
       throw InputError(row.where + ": a form for " + std::to_string(prime) + ", which is no block of '" + row.text + "'");
-  for (const Plan* b : blocks) {
+  for (const Plan* b : leaves(row.plan.plan)) {
     if (b->kind != Plan::Kind::Block || !has_form(b->length))
       throw InputError(row.where + ": '" + row.text + "' has the block " + to_text(*b) + ", which a complex plan cannot have");
     if (b->length != 2 && b->length != 4)
@@ -185,28 +147,22 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std:
       if (!tables.rows.contains({precision, n}))
         fail_input(plans.string(), 0, "no row for length " + std::to_string(n) + ", precision " + std::to_string(precision));
 
-  const Table blocks = Table::read(lane_blocks, {"block", "precision", "prime", "first", "second", "middle row"});
+  PlanBlocks named_blocks;
+  const Table blocks = Table::read(lane_blocks, {"block", "precision", "prime", "first", "second"});
   for (const TableRow& row : blocks.rows()) {
     const int prime = row.integer("prime");
     if (!is_odd_prime(prime)) row.fail(std::to_string(prime) + " is not an odd prime");
-    if (row["middle row"] != "real" && row["middle row"] != "complex") row.fail("a middle row is real or complex");
-    const bool named = row["block"] != "-";
-    if (named && plan_in(row, "block", prime).kind != Plan::Kind::NamedRader) row.fail("'" + row["block"] + "' is no name of a block");
-    if (named ? row["precision"] != "-" : row["precision"] != "32" && row["precision"] != "64")
-      row.fail("precision is 32 or 64, for a block with a name -");
-    LaneRecipe recipe{plan_in(row, "first", prime - 1), plan_in(row, "second", prime - 1), row["middle row"] == "complex"};
-    for (int precision : {32, 64}) {
-      Recipes& recipes = tables.recipes[precision];
-      if (named) {
-        if (!recipes.by_name.emplace(row["block"], recipe).second) row.fail("a second block of this name");
-      } else if (row.integer("precision") == precision) {
-        if (!recipes.by_prime.emplace(prime, recipe).second) row.fail("a second block of this prime");
-      }
-      recipes.rader_inner[13] = tables.row(32, 12).plan.plan;
+    Plan plan{Plan::Kind::Rader, prime, {plan_in(row, "first", prime - 1, named_blocks), plan_in(row, "second", prime - 1, named_blocks)}};
+    check_blocks(row, plan, 4);
+    if (row["block"] != "-") {
+      if (row["precision"] != "-") row.fail("precision is 32 or 64, for a block with a name -");
+      in_row(row, [&] { define_block(named_blocks, row["block"], std::move(plan)); });
+    } else {
+      if (row["precision"] != "32" && row["precision"] != "64") row.fail("precision is 32 or 64, for a block with a name -");
+      if (!tables.recipes[row.integer("precision")].by_prime.emplace(prime, plan).second) row.fail("a second block of this prime");
     }
   }
-  for (const TableRow& row : blocks.rows())
-    for (const char* column : {"first", "second"}) check_lane_blocks(row, parse_plan(row[column]), tables.recipes.at(64));
+  for (int precision : {32, 64}) tables.recipes[precision].rader_inner[13] = tables.row(32, 12).plan.plan;
   for (const auto& [key, row] : tables.rows) check_recipes(row, tables.recipes.at(key.first));
   return tables;
 }

@@ -6,7 +6,6 @@
 #include <numeric>
 #include <span>
 
-#include "flows/half_spectrum.h"
 #include "generator/check.h"
 #include "generator/passes.h"
 
@@ -44,10 +43,10 @@ class Builder {
           return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
         return linked(plan_.plan, {x}, sign_, true)[0];
       case ComplexPlan::Method::Direct:
-        return alone(x, [&](const std::vector<Ref>& in) { return direct_block(Physical{g_}, in, sign_); });
+        return alone(x, [&](const std::vector<Ref>& in) { return half_spectrum_block(g_, {Plan::Kind::Block, plan_.length}, in, sign_); });
       case ComplexPlan::Method::RealLane:
         return alone(x, [&](const std::vector<Ref>& in) {
-          return real_lane_block(Physical{g_}, recipes_, recipes_.by_prime.at(plan_.length), plan_.length, in, sign_);
+          return half_spectrum_block(g_, recipes_.by_prime.at(plan_.length), in, sign_);
         });
       case ComplexPlan::Method::RaderComplex: return rader(x);
       case ComplexPlan::Method::Bluestein: return bluestein(x);
@@ -84,7 +83,8 @@ class Builder {
   }
 
   std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
-    if (plan_.flow != Flow::Complex && plan.link()) return real_lane_plan(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
+    if (plan_.flow != Flow::Complex && plan.link())
+      return half_spectrum_block(g_, plan, x, sign, prime_plans(recipes_, plan_.forms, first_stage));
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 
@@ -231,7 +231,7 @@ class Builder {
     Points bins = linked(plan_.plan, {in}, -1, false)[0];
     Points y(p);
     y[0] = {g_.add(on_lane(x[0], bins[0].lane), bins[0].ref), bins[0].lane};
-    multiply(bins, rader_spectrum(p, sign_));
+    multiply(bins, rader_spectrum(p, root, sign_));
     const int dc = bins[0].ref.node;
     const Ref fed = g_.add(on_lane(x[0], bins[0].lane), bins[0].ref);
     for (Point& b : bins)

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "flows/blocks.h"
+#include "dft/blocks.h"
 #include "generator/graph.h"
 
 namespace xfm {

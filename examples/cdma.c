@@ -56,7 +56,16 @@ static void exchange(const int sent[kStations], int received[kStations], double 
 }
 
 int main(int argc, char** argv) {
-  const double noise = argc > 1 ? atof(argv[1]) : 2.0;
+  char* end = "";
+  const double noise = argc > 1 ? strtod(argv[1], &end) : 2.0;
+  if (argc > 2 || *end != '\0' || !(noise >= 0 && noise <= 1e6)) {
+    fprintf(stderr, "usage: xfm_cdma [noise, a number from 0 to 1e6]\n");
+    return 2;
+  }
+  if (!__builtin_cpu_supports("avx")) {
+    fprintf(stderr, "this processor has no AVX\n");
+    return 1;
+  }
   for (int s = 0; s < kStations; ++s) {
     if (sign_changes_of_row(natural_index(s, kOrder)) == s) continue;
     fprintf(stderr, "the code of station %d has another number of sign changes\n", s);

@@ -1,17 +1,18 @@
 // Runs a recording through the library: prints how long it is, its strongest tones and what the transforms cost, and
 // writes OUTPUT.png, its spectrogram, and OUTPUT-compressed.wav, what a twentieth of its lapped transform sounds like.
-//   xfm_demo RECORDING.wav OUTPUT
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <exception>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
-#include "lapped_transform.h"
-#include "spectrogram.h"
-#include "spectrum.h"
+#include "examples/report.h"
+#include "examples/spectrogram.h"
+#include "examples/spectrum.h"
+#include "tool/copies.h"
+#include "tool/processor.h"
+#include "tool/program.h"
 
 namespace {
 
@@ -37,37 +38,27 @@ double nanoseconds(Call call) {
   return rounds[kRounds / 2];
 }
 
-// The recording from its middle on, repeated if it is short.
-std::vector<float> stretch(const Recording& recording, int points) {
+// The recording's first channel, repeated if it is short.
+std::vector<float> stretch(SoundFile& file, size_t points) {
+  Stretches sound(file, "Times");
+  const long count = std::min(file.frames(), static_cast<long>(points));
+  sound.move(0, count);
   std::vector<float> samples;
-  for (size_t at = recording.samples.size() / 2; samples.size() < static_cast<size_t>(points); ++at)
-    samples.push_back(recording.samples[at % recording.samples.size()]);
+  while (samples.size() < points) samples.push_back(sound.channel(0)[samples.size() % static_cast<size_t>(count)]);
   return samples;
 }
 
-void print_recording(const std::string& path, const Recording& recording) {
-  std::printf("%s\n  %.3f s, %d channel%s, %d samples a second\n", path.c_str(), recording.seconds(),
-              recording.channels, recording.channels == 1 ? "" : "s", recording.rate);
-}
-
-void print_tones(const Recording& recording) {
-  std::printf("Strongest tones (mean level, 0 dB is a sine of full scale)\n");
-  const std::vector<Tone> tones = strongest_tones(recording.samples, recording.rate, 5);
-  if (tones.empty()) std::printf("  none: the recording is silent\n");
-  for (const Tone& tone : tones) std::printf("  %8.1f Hz  %6.1f dB\n", tone.frequency, tone.level);
-}
-
-void print_times(const Recording& recording) {
+void print_times(SoundFile& file) {
   std::printf("Time of one transform\n");
   const auto line = [](const std::string& name, double time) { std::printf("  %-58s %9.1f ns\n", name.c_str(), time); };
-  const std::vector<float> samples = stretch(recording, 4096);
+  const std::vector<float> samples = stretch(file, 4096);
   std::vector<Xfm32fc> complex(64), out(64);
   for (size_t n = 0; n < 64; ++n) complex[n] = {samples[2 * n], samples[2 * n + 1]};
   line("64 points real (xfmgDFTFwd_RToCCS_64_32f)",
        nanoseconds([&] { xfmgDFTFwd_RToCCS_64_32f(samples.data(), &out[0].re, xfmScaleNone); }));
   line("64 points complex (xfmgDFTFwd_CToC_64_32fc)",
        nanoseconds([&] { xfmgDFTFwd_CToC_64_32fc(complex.data(), out.data(), xfmScaleNone); }));
-  for (const int points : {spectrogram_points(recording.rate), 4096}) {
+  for (const int points : {spectrogram_points(file.rate()), 4096}) {
     LongTransform transform(points);
     std::vector<Xfm32fc> spectrum(static_cast<size_t>(transform.bins()));
     line(std::to_string(points) + " points real, in " + std::to_string(transform.calls()) + " calls of the library",
@@ -81,58 +72,25 @@ void print_times(const Recording& recording) {
   xfmgDCT4Free_32f(state);
 }
 
-constexpr double kLargestShare = 0.25, kSmallestShare = 0.05;  // of the coefficients
-
-// What an audio codec does with the DCT-IV; every sample comes back when nothing is thrown away.
-void print_lapped(const Recording& recording) {
-  std::printf("Lapped transform, frames of %d coefficients (xfmgDCT4_32f)\n", LappedTransform::kFrame);
-  constexpr double kRoundingOnly = 110;  // dB; single precision leaves about 135
-  for (const double share : {kLargestShare, 0.1, kSmallestShare}) {
-    const LappedReport report = lapped_report(recording.samples, share);
-    if (share == kLargestShare) {
-      std::printf("  all %zu coefficients kept: signal-to-noise ratio %.1f dB\n", report.coefficients, report.all);
-      if (report.all < kRoundingOnly) throw std::runtime_error("the lapped transform does not give the recording back");
-    }
-    std::printf("  strongest %2.0f %% kept (%zu): %.1f dB\n", 100 * share, report.left, report.kept);
-  }
-}
-
-void write_picture(const std::string& path, const Recording& recording, const std::string& name) {
-  char title[200];
-  std::snprintf(title, sizeof title, "%.60s  -  %.2f s, %d Hz, frames of %d samples", name.c_str(),
-                recording.seconds(), recording.rate, spectrogram_points(recording.rate));
-  const std::string png = spectrogram_png(recording, title);
-  std::ofstream out(path, std::ios::binary);
-  out.write(png.data(), static_cast<std::streamsize>(png.size()));
-  out.close();
-  if (!out) throw std::runtime_error(path + ": cannot be written");
-  std::printf("Spectrogram: %s\n", path.c_str());
-}
-
-void write_compressed(const std::string& path, const Recording& recording) {
-  LappedTransform lapped;
-  std::vector<float> coefficients = lapped.analyse(recording.samples);
-  keep_strongest(coefficients, kSmallestShare);
-  write_wav(path, lapped.synthesise(coefficients, recording.samples.size()), recording.rate);
-  std::printf("Sound of the strongest %.0f %%: %s\n", 100 * kSmallestShare, path.c_str());
+void run(const std::string& recording, const std::string& output) {
+  xfm::tool::require_avx();
+  SoundFile file(recording);
+  print_recording(file);
+  const xfm::tool::Copy copy = xfm::tool::loaded_copy();
+  std::printf("Library in use: %s of %s\n", copy.name.c_str(), copy.path.filename().c_str());
+  print_tones(file);
+  print_times(file);
+  write_compressed(file, 0.05, output + "-compressed.wav");
+  write_spectrogram(file, output + ".png");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    if (argc != 3) throw std::runtime_error("usage: xfm_demo RECORDING.wav OUTPUT");
-    const std::string output = argv[2];
-    const Recording recording = read_wav(argv[1]);
-    print_recording(argv[1], recording);
-    print_tones(recording);
-    print_times(recording);
-    print_lapped(recording);
-    write_compressed(output + "-compressed.wav", recording);
-    write_picture(output + ".png", recording, std::filesystem::path(argv[1]).filename());
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return 1;
-  }
+  CLI::App app("Runs a recording through the library: its tones, the time of the transforms, its picture, what a twentieth of it sounds like.");
+  std::string recording, output;
+  app.add_option("RECORDING", recording, "a sound file of any kind; - is standard input")->required();
+  app.add_option("OUTPUT", output, "writes OUTPUT.png and OUTPUT-compressed.wav")->required();
+  app.callback([&] { run(recording, output); });
+  return xfm::tool::run(app, argc, argv);
 }

@@ -1,6 +1,5 @@
-#include "spectrum.h"
+#include "examples/spectrum.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <stdexcept>
@@ -56,53 +55,18 @@ PowerSpectrum::PowerSpectrum(int points)
     : transform_(points), frame_(points), power_(transform_.bins()), spectrum_(transform_.bins()) {
   double sum = 0;
   for (int n = 0; n < points; ++n) {  // Hann
-    window_.push_back(static_cast<float>(0.5 - 0.5 * std::cos(2 * std::numbers::pi * (n + 0.5) / points)));
+    window_.push_back(static_cast<float>(0.5 - 0.5 * std::cos(2 * std::numbers::pi * n / points)));
     sum += window_.back();
   }
   for (float& weight : window_) weight *= static_cast<float>(2 / sum);
 }
 
-std::span<const float> PowerSpectrum::at(std::span<const float> samples, long centre) {
-  const long first = centre - transform_.points() / 2, size = static_cast<long>(samples.size());
-  for (long n = 0; n < transform_.points(); ++n) {
-    const long at = first + n;
-    frame_[n] = at >= 0 && at < size ? samples[at] * window_[n] : 0;
-  }
+std::span<const double> PowerSpectrum::of(std::span<const float> samples) {
+  for (size_t n = 0; n < frame_.size(); ++n) frame_[n] = samples[n] * window_[n];
   transform_.run(frame_.data(), spectrum_.data());
-  for (size_t k = 0; k < power_.size(); ++k)
-    power_[k] = spectrum_[k].re * spectrum_[k].re + spectrum_[k].im * spectrum_[k].im;
+  for (size_t k = 0; k < power_.size(); ++k) {
+    const double re = spectrum_[k].re, im = spectrum_[k].im;
+    power_[k] = re * re + im * im;
+  }
   return power_;
-}
-
-std::vector<Tone> strongest_tones(std::span<const float> samples, int rate, int most) {
-  constexpr int kPoints = 4096;
-  constexpr double kSilence = 1e-10;  // -100 dB
-  PowerSpectrum spectrum(kPoints);
-  std::vector<double> mean(static_cast<size_t>(spectrum.bins()));
-  long frames = 0;
-  for (long centre = 0; centre <= static_cast<long>(samples.size()); centre += kPoints / 2, ++frames) {
-    const std::span<const float> power = spectrum.at(samples, centre);
-    for (size_t k = 0; k < mean.size(); ++k) mean[k] += power[k];
-  }
-  for (double& power : mean) power /= static_cast<double>(frames);
-
-  std::vector<size_t> peaks;
-  constexpr size_t kWidth = 3;  // a peak stands above this many bins on both sides
-  for (size_t k = 2; k + kWidth < mean.size(); ++k) {
-    const size_t from = k < kWidth ? 0 : k - kWidth;
-    const auto highest = std::max_element(mean.begin() + from, mean.begin() + k + kWidth + 1);
-    if (mean[k] > kSilence && highest == mean.begin() + k) peaks.push_back(k);
-  }
-  std::sort(peaks.begin(), peaks.end(), [&](size_t a, size_t b) { return mean[a] > mean[b]; });
-
-  std::vector<Tone> tones;
-  for (const size_t k : peaks) {
-    if (tones.size() == static_cast<size_t>(most)) break;
-    // The top of the parabola through the logarithms of the peak and its neighbours.
-    const double left = std::log(mean[k - 1]), top = std::log(mean[k]), right = std::log(mean[k + 1]);
-    const double shift = 0.5 * (left - right) / (left - 2 * top + right);
-    const double height = top - 0.25 * (left - right) * shift;
-    tones.push_back({(static_cast<double>(k) + shift) * rate / kPoints, 10 * height / std::numbers::ln10});
-  }
-  return tones;
 }

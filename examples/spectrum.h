@@ -27,26 +27,19 @@ class LongTransform {
   std::vector<Xfm32fc> column_, middle_, row_;
 };
 
-// Cuts a recording into windowed frames and gives the power of each bin: a sine of amplitude 1 has power 1 at its peak.
+// The power of each bin of a frame of samples under a Hann window: a sine of amplitude 1 has power 1 at its peak.
 class PowerSpectrum {
  public:
   explicit PowerSpectrum(int points);
 
+  [[nodiscard]] int points() const { return transform_.points(); }
   [[nodiscard]] int bins() const { return transform_.bins(); }
-  [[nodiscard]] const LongTransform& transform() const { return transform_; }
-  // The frame is centred on sample `centre`; beyond the ends of the recording there is silence.
-  std::span<const float> at(std::span<const float> samples, long centre);
+  // Of `points` samples; the result lasts until the next call.
+  std::span<const double> of(std::span<const float> samples);
 
  private:
   LongTransform transform_;
-  std::vector<float> window_, frame_, power_;
+  std::vector<float> window_, frame_;
+  std::vector<double> power_;
   std::vector<Xfm32fc> spectrum_;
 };
-
-struct Tone {
-  double frequency;  // in Hz
-  double level;      // mean over the recording, in dB; a sine of full scale has 0
-};
-
-// The strongest peaks of a recording's mean spectrum, strongest first, `most` at most; none in silence.
-std::vector<Tone> strongest_tones(std::span<const float> samples, int rate, int most);

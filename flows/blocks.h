@@ -1,133 +1,193 @@
-// Blocks of complex transforms: two- and four-point butterflies, direct and Rader forms of primes, and the plans that link
-// them. `sign` is that of the exponent: -1 forward, +1 inverse.
+// Blocks and links over complex values of an expression graph, written once for two kinds of them.
 //
-// The prime forms are written over any complex value (see algebra.h). Which form a prime block takes inside a plan is
-// data: the table of plans names it where it is not the default, direct up to 11 and real-lane above.
+// `Physical`: a reference is a complex value of the data; a quarter turn is free.
+// `Pairs`: a pair of references, the real and the imaginary part of a bin of real transforms; a quarter turn exchanges the two.
+//
+// `sign` is that of the exponent: -1 forward, +1 inverse.
 #pragma once
 
-#include <algorithm>
-#include <map>
-#include <string>
+#include <span>
 #include <vector>
 
-#include "flows/algebra.h"
 #include "flows/numbers.h"
 #include "flows/plan.h"
+#include "generator/graph.h"
 
 namespace xfm {
 
-enum class BlockForm { Direct, RealLane, RaderComplex };
+// What flows of the same plan may do in different ways. The counts are the same; last bits and signs of zeros are not.
+struct Conventions {
+  // By its odd multiple of an eighth turn a pair is rotated with the factor sqrt(1/2) on its parts or on their sums.
+  // `Turned`: the sums are those of one rotation, the others quarter turns of it.
+  enum class Eighth { Turned, SumsFirst, ProductsFirst } eighth = Eighth::Turned;
+  bool centre_last = false;  // bin 0 of an odd prime: x[0] is added last
+  bool signed_sines = false;  // imaginary parts of an odd prime: the signs stand in the sum, not before it
+  // The second transform of Rader's method: a network of the wanted bins alone, made apart, so that its signs come from itself
+  // and not from the values it is fed with.
+  bool apart = false;
+  bool centred = false;      // twiddles of complex rows: bins above half a class turn backwards, by the smaller angle
 
-// How a real sequence of a prime length is transformed: the plan of length p-1 of the first transform, and that of the
-// second, read as a forward plan and run transposed.
-struct LaneRecipe {
-  Plan first, second;
-  bool complex_middle_row = false;  // the row at half the sampling rate of a twiddled link is run as a complex one
-};
-
-struct Recipes {
-  std::map<int, LaneRecipe> by_prime;           // blocks of one precision
-  std::map<std::string, LaneRecipe> by_name;    // blocks inside those
-  std::map<int, Plan> rader_inner;              // plan of length p-1 of Rader complex blocks
-};
-
-// The forms of one kernel's prime blocks; a block of the first stages may differ from the others.
-struct BlockForms {
-  struct Pair {
-    BlockForm first_stage, other;
-  };
-  std::map<int, Pair> special;
-
-  BlockForm of(int prime, bool first_stage) const {
-    const auto found = special.find(prime);
-    if (found != special.end()) return first_stage ? found->second.first_stage : found->second.other;
-    return prime <= 11 ? BlockForm::Direct : BlockForm::RealLane;
-  }
-  bool any(BlockForm form) const {
-    return std::any_of(special.begin(), special.end(), [&](const auto& entry) {
-      return entry.second.first_stage == form || entry.second.other == form;
-    });
+  // For a network that is going to be transposed, so that the same holds after that.
+  Conventions transposed() const {
+    Conventions other = *this;
+    if (eighth != Eighth::Turned) other.eighth = eighth == Eighth::SumsFirst ? Eighth::ProductsFirst : Eighth::SumsFirst;
+    return other;
   }
 };
 
-// C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), the constant spectrum of a Rader block (L = p-1,
-// W = exp(sign*2*pi*i/p)). C[0] = -1/L exactly, and C[L/2] is real or imaginary.
-struct ComplexNumber {
-  Real re = 0, im = 0;
+struct Physical {
+  using Value = Ref;
+  Graph& g;
+
+  Ref add(Ref a, Ref b) const { return g.add(a, b); }
+  Ref sub(Ref a, Ref b) const { return g.sub(a, b); }
+  Ref turned(Ref a, int quarters) const { return a.turned(quarters); }
+  Ref times(Ref a, const Coef& c, const Coef& s) const { return g.lin({{c, a}, {s, a.turned(1)}}); }
+  Ref eighths(Ref a, int odd) const { return g.scale(square_root(Real(0.5)), add(a, a.turned(1))).turned(odd / 2); }
+  bool centred() const { return false; }
+  // A function of lists of references applied to both components of complex values.
+  template <class F>
+  std::vector<Ref> by_components(std::span<const Ref> x, F f) const {
+    return f(x);
+  }
 };
-std::vector<ComplexNumber> rader_spectrum(int prime, int sign);
 
-// y0, t[1..h], u[1..h] of the direct form for one component, h = (p-1)/2: y[j] = t[j] + sign*i*u[j].
-std::vector<Ref> direct_parts(Graph& g, const std::vector<Ref>& x);
+struct Pair {
+  Ref re, im;
+  explicit operator bool() const { return bool(re) || bool(im); }
+  Pair conj() const { return {re, -im}; }
+};
 
+struct Pairs {
+  using Value = Pair;
+  Graph& g;
+  Conventions conventions = {};
+
+  Pair add(Pair a, Pair b) const {
+    return parts([&] { return g.add(a.re, b.re); }, [&] { return g.add(a.im, b.im); });
+  }
+  Pair sub(Pair a, Pair b) const { return add(a, {-b.re, -b.im}); }
+  Pair turned(Pair a, int quarters) const;
+  Pair times(Pair a, const Coef& c, const Coef& s) const {
+    return parts([&] { return g.lin({{c, a.re}, {-s, a.im}}); }, [&] { return g.lin({{c, a.im}, {s, a.re}}); });
+  }
+  Pair eighths(Pair a, int odd) const;
+  bool centred() const { return conventions.centred; }
+  template <class F>
+  std::vector<Pair> by_components(std::span<const Pair> x, F f) const {
+    std::vector<Ref> component[2];
+    for (const Pair& v : x) component[0].push_back(v.re), component[1].push_back(v.im);
+    for (int i = 0; i < 2; ++i) {
+      const Graph::Loop loop(g, "part", i);
+      component[i] = f(component[i]);
+    }
+    std::vector<Pair> out;
+    for (size_t i = 0; i < component[0].size(); ++i) out.push_back({component[0][i], component[1][i]});
+    return out;
+  }
+
+ private:
+  // The real and the imaginary part of one value, as iterations of a loop.
+  template <class Re, class Im>
+  Pair parts(Re real_part, Im imaginary_part) const {
+    const Graph::Loop value(g, "value " + std::to_string(g.next_in_loop()));
+    Pair made;
+    {
+      const Graph::Loop loop(g, "part", 0);
+      made.re = real_part();
+    }
+    const Graph::Loop loop(g, "part", 1);
+    made.im = imaginary_part();
+    return made;
+  }
+};
+
+// a * exp(2*pi*i*num/den): free for quarter turns, two products for odd eighths, else four.
 template <class A>
-std::vector<typename A::Value> direct_block(const A& alg, const std::vector<typename A::Value>& x, int sign) {
-  using Value = typename A::Value;
-  const int p = static_cast<int>(x.size()), h = (p - 1) / 2;
-  const std::vector<Value> parts = alg.lanewise(x, [&](const std::vector<Ref>& lane) { return direct_parts(alg.g, lane); });
-  std::vector<Value> y(p);
-  y[0] = parts[0];
-  for (int j = 1; j <= h; ++j) {
-    const Value t = parts[j], u = alg.turned(parts[h + j], sign);
-    y[j] = alg.add(t, u);
-    y[p - j] = alg.sub(t, u);
-  }
-  return y;
+typename A::Value twiddled(const A& alg, typename A::Value a, long long num, long long den) {
+  num = ((num % den) + den) % den;
+  if (4 * num % den == 0) return alg.turned(a, static_cast<int>(4 * num / den));
+  if (8 * num % den == 0) return alg.eighths(a, static_cast<int>(8 * num / den));
+  return alg.times(a, cos_turn(num, den), sin_turn(num, den));
 }
 
+// num/den of a full turn for every lane of a vector value.
+struct Angles {
+  std::vector<int> num;
+  int den = 1;
+};
+// The same with an angle for each lane; lanes that need no product take part in those of the others.
+Ref twiddled_lanes(Graph& g, Ref a, const Angles& angles);
+
 template <class A>
-std::vector<typename A::Value> two_point(const A& alg, const std::vector<typename A::Value>& x) {
+std::vector<typename A::Value> two_point(const A& alg, std::span<const typename A::Value> x) {
   return {alg.add(x[0], x[1]), alg.sub(x[0], x[1])};
 }
 
 template <class A>
-std::vector<typename A::Value> four_point(const A& alg, const std::vector<typename A::Value>& x, int sign) {
+std::vector<typename A::Value> four_point(const A& alg, std::span<const typename A::Value> x, int sign) {
   const auto s = alg.add(x[0], x[2]), d = alg.sub(x[0], x[2]);
   const auto e = alg.add(x[1], x[3]), f = alg.turned(alg.sub(x[1], x[3]), sign);
   return {alg.add(s, e), alg.add(d, f), alg.sub(s, e), alg.sub(d, f)};
 }
 
-// Where the points of a link stand: input of block b at its point a, and output k2 of block k1.
+// Where the points of a link stand: input of block j at its point i, and output k2 of row k1.
 struct LinkMap {
-  explicit LinkMap(const Plan& plan)
-      : a(plan.first().length), b(plan.second().length), twiddles(plan.kind == Plan::Kind::CooleyTukey) {}
+  explicit LinkMap(const Plan& plan, bool centred = false);
+  int length() const { return a * b; }
+  int input(int i, int j) const { return twiddles ? i * b + j : (b * i * element + a * j * row) % length(); }
+  // The bin of a class that row k1 stands for.
+  int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
+  int output(int k1, int k2) const {
+    if (twiddles) return residue(bin(k1) + a * k2, length());
+    return chinese_remainder(residue(k1 * element_inverse, a), a, residue(k2 * row_inverse, b), b);
+  }
+
   int a, b;
   bool twiddles;
-  int length() const { return a * b; }
-  int input(int i, int j) const { return twiddles ? i * b + j : (b * i + a * j) % length(); }
-  int output(int k1, int k2) const { return twiddles ? k1 + a * k2 : chinese_remainder(k1, a, k2, b); }
+
+ private:
+  bool centred;
+  int element, row, element_inverse, row_inverse;
 };
 
-// A plan over complex values of either kind. `prime` makes the prime blocks: prime(plan, x, first_stage).
-template <class A, class Prime>
-std::vector<typename A::Value> planned(const A& alg, const Plan& plan, const std::vector<typename A::Value>& x, int sign,
-                                       bool first_stage, const Prime& prime) {
+// A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x, first_stage).
+template <class A, class Block>
+std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span<const typename A::Value> x, int sign,
+                                       bool first_stage, const Block& block) {
   using Value = typename A::Value;
   if (!plan.link()) {
-    if (plan.length == 2) return two_point(alg, x);
-    if (plan.length == 4) return four_point(alg, x, sign);
-    return prime(plan, x, first_stage);
+    if (plan.kind == Plan::Kind::Block && plan.length == 2) return two_point(alg, x);
+    if (plan.kind == Plan::Kind::Block && plan.length == 4) return four_point(alg, x, sign);
+    return block(plan, x, first_stage);
   }
-  const LinkMap map(plan);
+  const LinkMap map(plan, alg.centred());
   std::vector<std::vector<Value>> u(map.b);
   for (int j = 0; j < map.b; ++j) {
+    const Graph::Loop loop(alg.g, "class", j);
     std::vector<Value> in(map.a);
     for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
-    u[j] = planned(alg, plan.first(), in, sign, first_stage, prime);
+    u[j] = planned<A>(alg, plan.first(), in, sign, first_stage, block);
   }
   std::vector<Value> y(map.length());
   for (int k1 = 0; k1 < map.a; ++k1) {
+    const Graph::Loop loop(alg.g, "row", k1);
     std::vector<Value> in(map.b);
-    for (int j = 0; j < map.b; ++j)
-      in[j] = map.twiddles ? twiddled(alg, u[j][k1], sign * j * k1, map.length()) : u[j][k1];
-    const std::vector<Value> z = planned(alg, plan.second(), in, sign, first_stage && k1 == 0, prime);
+    for (int j = 0; j < map.b; ++j) {
+      const Graph::Loop rotation(alg.g, "rotation", j);
+      in[j] = map.twiddles ? twiddled(alg, u[j][k1], sign * j * map.bin(k1), map.length()) : u[j][k1];
+    }
+    const std::vector<Value> z = planned<A>(alg, plan.second(), in, sign, first_stage && k1 == 0, block);
     for (int k2 = 0; k2 < map.b; ++k2) y[map.output(k1, k2)] = z[k2];
   }
   return y;
 }
 
-// A plan over the data's own values (or vectors of them), with the kernel's forms of prime blocks.
-std::vector<Ref> complex_block(Graph& g, const Recipes& recipes, const BlockForms& forms, const Plan& plan,
-                               const std::vector<Ref>& x, int sign, bool first_stage);
+// C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), the constant spectrum of Rader's method with the root g
+// (L = p-1, W = exp(sign*2*pi*i/p)). C[0] = -1/L exactly, and C[L/2] is real or imaginary.
+struct ComplexNumber {
+  Real re = 0, im = 0;
+};
+std::vector<ComplexNumber> rader_spectrum(int prime, int root, int sign);
 
 }  // namespace xfm

@@ -10,108 +10,177 @@ class HalfBins {
  public:
   explicit HalfBins(int n) : n_(n), bins_(n / 2 + 1) {}
 
-  void put(int k, Formal::Value v) {
-    k %= n_;
-    if (k > n_ - k) k = n_ - k, v.im = -v.im;
-    if (!bins_.at(k)) bins_[k] = 2 * k % n_ == 0 ? Formal::Value{v.re, {}} : v;
+  void put(long long index, Pair v) {
+    int k = residue(index, n_);
+    if (2 * k > n_) k = n_ - k, v = v.conj();
+    if (!bins_[k]) bins_[k] = real_bin(k, n_) ? Pair{v.re, {}} : v;
   }
-  std::vector<Formal::Value> take() { return std::move(bins_); }
+  Half take() { return std::move(bins_); }
 
  private:
   int n_;
-  std::vector<Formal::Value> bins_;
+  Half bins_;
 };
 
 namespace {
 
-std::vector<Ref> with_zeros(std::vector<Ref> x) {
-  x.resize(2 * x.size());
-  return x;
+std::vector<Ref> with_zeros(std::span<const Ref> x) {
+  std::vector<Ref> padded(x.begin(), x.end());
+  padded.resize(2 * x.size());
+  return padded;
 }
 
 }  // namespace
 
-std::vector<Formal::Value> RealFlow::complex_bins(const Plan& plan, const std::vector<Formal::Value>& z) {
-  const Formal alg{g_};
-  const auto prime = [&](const Plan& block, const std::vector<Formal::Value>& in, bool) {
-    const Plan& form = block.kind == Plan::Kind::Rows ? block.second() : block;
-    if (form.kind == Plan::Kind::NamedRader)
-      return real_lane_block(alg, recipes_, recipes_.by_name.at(form.name), form.length, in, -1);
-    if (forms_.of(form.length, false) == BlockForm::RealLane)
-      return real_lane_block(alg, recipes_, recipes_.by_prime.at(form.length), form.length, in, -1);
-    return direct_block(alg, in, -1);
-  };
-  return planned(alg, plan, z, -1, false, prime);
-}
-
-RealFlow::Half RealFlow::half_spectrum(const Plan& plan, const std::vector<Ref>& x) {
+Half HalfSpectra::real(const Plan& plan, std::span<const Ref> x, Wanted wanted) {
+  check(static_cast<int>(x.size()) == plan.length, "a stage takes as many values as its length");
   switch (plan.kind) {
-    case Plan::Kind::Rows: return half_spectrum(plan.first(), x);
-    case Plan::Kind::NamedRader: return rader_half(recipes_.by_name.at(plan.name), plan.length, x);
-    case Plan::Kind::Halves: return halves(plan, x);
+    case Plan::Kind::Rows:
+    case Plan::Kind::Apart: return real(plan.first(), x, wanted);
+    case Plan::Kind::Halves: return halves(plan, x, wanted);
     case Plan::Kind::CooleyTukey:
-    case Plan::Kind::GoodThomas: return linked(plan, x);
-    case Plan::Kind::Block: return block(plan.length, x);
+    case Plan::Kind::GoodThomas: return linked(plan, x, wanted);
+    case Plan::Kind::Rader: return rader(plan, x, -1);
+    case Plan::Kind::Block: return block(plan, x, -1, wanted);
+    case Plan::Kind::Turned: break;
   }
+  check(false, "a plan of rows stands behind a link");
   return {};
 }
 
-RealFlow::Half RealFlow::block(int length, const std::vector<Ref>& x) {
-  if (length == 1) return {{x[0], {}}};
-  if (length == 2) return {{g_.add(x[0], x[1]), {}}, {g_.sub(x[0], x[1]), {}}};
-  if (length == 4) {
-    const Ref s = g_.add(x[0], x[2]), d = g_.sub(x[0], x[2]), e = g_.add(x[1], x[3]), f = g_.sub(x[1], x[3]);
-    return {{g_.add(s, e), {}}, {d, -f}, {g_.sub(s, e), {}}};
-  }
-  if (forms_.of(length, first_stage_) == BlockForm::RealLane) return rader_half(recipes_.by_prime.at(length), length, x);
-  const std::vector<Ref> parts = direct_parts(g_, x);
-  const int h = length / 2;
-  Half out{{parts[0], {}}};
-  for (int j = 1; j <= h; ++j) out.push_back({parts[j], -parts[h + j]});
-  return out;
+Half HalfSpectra::with_sign(const Plan& plan, std::span<const Ref> x, int sign) {
+  if (plan.kind == Plan::Kind::Rader) return rader(plan, x, sign);
+  if (plan.kind == Plan::Kind::Block) return block(plan, x, sign, Wanted::All);
+  Half bins = real(plan, x);
+  if (sign > 0)
+    for (Pair& bin : bins) bin = bin.conj();
+  return bins;
 }
 
-RealFlow::Half RealFlow::halves(const Plan& plan, const std::vector<Ref>& x) {
-  const int m = plan.length / 2;
-  std::vector<Ref> u, v;
-  for (int q = 0; q < m; ++q) {
-    u.push_back(g_.add(x[q], x[q + m]));
-    v.push_back(g_.sub(x[q], x[q + m]));
+std::vector<Pair> HalfSpectra::complex(const Plan& plan, std::span<const Pair> z) {
+  const auto apart = [&](const Plan& block, std::span<const Pair> in, bool) {
+    if (block.kind == Plan::Kind::Rows) return complex(block.second(), in);
+    const Plan* rader = block.kind == Plan::Kind::Block && primes_ ? primes_(block.length, false) : nullptr;
+    HalfSpectra part(g_, pairs_.conventions);
+    return joined<Pairs>(pairs_, in, [&](std::span<const Ref> x) { return part.real(rader ? *rader : block, x); });
+  };
+  return planned<Pairs>(pairs_, plan, z, -1, false, apart);
+}
+
+Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Wanted wanted) {
+  if (plan.length == 2) return {{g_.add(x[0], x[1]), {}}, {g_.sub(x[0], x[1]), {}}};
+  if (plan.length == 4) {
+    const Ref s = g_.add(x[0], x[2]), d = g_.sub(x[0], x[2]), e = g_.add(x[1], x[3]), f = g_.sub(x[1], x[3]);
+    const Pair bin{d, sign < 0 ? -f : f};
+    if (wanted == Wanted::Odd) return {{}, bin, {}};
+    return {{g_.add(s, e), {}}, bin, {g_.sub(s, e), {}}};
   }
-  const Half even = half_spectrum(plan.first(), u), odd = half_spectrum(plan.second(), with_zeros(v));
+  if (plan.length == 8) return eight_point(x, wanted);
+  if (const Plan* rader_plan = primes_ ? primes_(plan.length, true) : nullptr) return rader(*rader_plan, x, sign);
+  return direct(x, sign);
+}
+
+// Four points of the sums, and of the differences d the bins 1 and 5: d[0] +- h*(d[1]-d[3]), -d[2] -+ h*(d[1]+d[3]).
+Half HalfSpectra::eight_point(std::span<const Ref> x, Wanted wanted) {
+  std::vector<Ref> sums, d;
+  for (int i = 0; i < 4; ++i) {
+    const Graph::Loop element(g_, "element", i);
+    sums.push_back(g_.add(x[i], x[i + 4]));
+    d.push_back(g_.sub(x[i], x[i + 4]));
+  }
+  HalfBins bins(8);
+  if (wanted == Wanted::All) {
+    const Half even = within("even", [&] { return block({Plan::Kind::Block, 4}, sums, -1, wanted); });
+    for (int k = 0; k <= 2; ++k) bins.put(2 * k, even[k]);
+  }
+  const Graph::Loop odd(g_, "odd");
+  const Real h = square_root(Real(0.5));
+  const Ref t1 = g_.scale(h, d[1]), t3 = g_.scale(h, d[3]);
+  const Ref re = g_.sub(t1, t3), im = g_.add(t1, t3);
+  bins.put(1, {g_.add(d[0], re), g_.lin({{-1, d[2]}, {-1, im}})});
+  bins.put(5, {g_.sub(d[0], re), g_.lin({{-1, d[2]}, {1, im}})});
+  return bins.take();
+}
+
+// Every bin straight from its definition: cosines times x[m] + x[p-m], sines times x[m] - x[p-m].
+Half HalfSpectra::direct(std::span<const Ref> x, int sign) {
+  const int p = static_cast<int>(x.size()), h = p / 2;
+  const Conventions& c = pairs_.conventions;
+  std::vector<Ref> u(h + 1), v(h + 1);
+  std::vector<Term> dc;
+  if (!c.centre_last) dc.push_back({1, x[0]});
+  for (int m = 1; m <= h; ++m) {
+    const Graph::Loop pair(g_, "pair", m);
+    u[m] = g_.add(x[m], x[p - m]);
+    v[m] = g_.sub(x[m], x[p - m]);
+    dc.push_back({1, u[m]});
+  }
+  if (c.centre_last) dc.push_back({1, x[0]});
+  Half bins{{g_.lin(dc), {}}};
+  for (int k = 1; k <= h; ++k) {
+    const Graph::Loop bin(g_, "bin", k);
+    std::vector<Term> re{{1, x[0]}}, im;
+    for (int m = 1; m <= h; ++m) {
+      re.push_back({cos_turn(k * m, p), u[m]});
+      im.push_back({(c.signed_sines ? sign : 1) * sin_turn(k * m, p), v[m]});
+    }
+    const Ref cosines = g_.lin(re), sines = g_.lin(im);
+    bins.push_back({cosines, c.signed_sines || sign > 0 ? sines : -sines});
+  }
+  return bins;
+}
+
+Half HalfSpectra::halves(const Plan& plan, std::span<const Ref> x, Wanted wanted) {
+  const int m = plan.length / 2;
+  std::vector<Ref> sums, differences;
+  for (int i = 0; i < m; ++i) {
+    const Graph::Loop element(g_, "element", i);
+    sums.push_back(g_.add(x[i], x[i + m]));
+    differences.push_back(g_.sub(x[i], x[i + m]));
+  }
   HalfBins bins(plan.length);
-  for (int k = 0; k <= m / 2; ++k) bins.put(2 * k, even[k]);
+  if (wanted == Wanted::All) {
+    const Half even = within("even", [&] { return real(plan.first(), sums); });
+    for (int k = 0; k <= m / 2; ++k) bins.put(2 * k, even[k]);
+  }
+  const Half odd = within("odd", [&] { return real(plan.second(), with_zeros(differences), Wanted::Odd); });
   for (int k = 1; k <= m; k += 2) bins.put(k, odd[k]);
   return bins.take();
 }
 
-RealFlow::Half RealFlow::linked(const Plan& plan, const std::vector<Ref>& x) {
+Half HalfSpectra::linked(const Plan& plan, std::span<const Ref> x, Wanted wanted) {
   const LinkMap map(plan);
-  const Formal alg{g_};
+  if (map.a % 2 == 1 || !pairs_.conventions.apart) wanted = Wanted::All;  // the parity of a bin is that of its row for even a only
   std::vector<Half> u;
   for (int j = 0; j < map.b; ++j) {
+    const Graph::Loop loop(g_, "class", j);
     std::vector<Ref> in(map.a);
     for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
-    u.push_back(half_spectrum(plan.first(), in));
+    u.push_back(real(plan.first(), in, wanted));
   }
   HalfBins bins(plan.length);
-  for (int k1 = 0; k1 <= map.a / 2; ++k1) {
-    const bool real = k1 == 0 || (2 * k1 == map.a);
-    if (real && (k1 == 0 || !map.twiddles)) {
+  for (int k1 = wanted == Wanted::Odd; k1 <= map.a / 2; k1 += wanted == Wanted::Odd ? 2 : 1) {
+    const char* const real_row = !map.twiddles ? "real row" : k1 == 0 ? "zero" : "middle row";
+    const Graph::Loop loop(g_, real_bin(k1, map.a) ? real_row : "row", k1);
+    if (real_bin(k1, map.a)) {
       std::vector<Ref> row;
       for (const Half& h : u) row.push_back(h[k1].re);
-      const Half z = half_spectrum(plan.second(), row);
+      if (map.twiddles && k1 > 0) {
+        middle_row(plan.second(), row, map, bins);
+        continue;
+      }
+      const Half z = real(plan.second(), row);
       for (int k2 = 0; k2 <= map.b / 2; ++k2) bins.put(map.output(k1, k2), z[k2]);
-    } else if (real) {
-      std::vector<Ref> row;
-      for (const Half& h : u) row.push_back(h[k1].re);
-      middle_row(plan.second(), row, k1, map.a, bins);
     } else {
-      std::vector<Formal::Value> row;
-      for (int j = 0; j < map.b; ++j)
-        row.push_back(map.twiddles ? twiddled(alg, u[j][k1], -j * k1, map.length()) : u[j][k1]);
-      const std::vector<Formal::Value> z = complex_bins(plan.second(), row);
-      for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(k1, k2), z[k2]);
+      const bool conjugate = plan.numbering.conjugate;
+      std::vector<Pair> row;
+      for (int j = 0; j < map.b; ++j) {
+        const Graph::Loop rotation(g_, "rotation", j);
+        const Pair bin = conjugate ? u[j][k1].conj() : u[j][k1];
+        row.push_back(map.twiddles ? twiddled(pairs_, bin, -j * k1, map.length()) : bin);
+      }
+      const std::vector<Pair> z = complex(plan.second(), row);
+      for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(conjugate ? -k1 : k1, k2), z[k2]);
     }
   }
   return bins.take();
@@ -119,87 +188,103 @@ RealFlow::Half RealFlow::linked(const Plan& plan, const std::vector<Ref>& x) {
 
 // The row at half the sampling rate of a twiddled link is real times exp(-i*pi*j/b). For odd b that is a real transform of
 // the row with alternating signs, its bins moved by (b-1)/2.
-void RealFlow::middle_row(const Plan& second, const std::vector<Ref>& row, int k1, int a, HalfBins& bins) {
-  const int b = static_cast<int>(row.size());
-  if (b % 2 == 1 && !complex_middle_row_) {
-    std::vector<Ref> alternating;
-    for (int j = 0; j < b; ++j) alternating.push_back(j % 2 ? -row[j] : row[j]);
-    const Half z = half_spectrum(second, alternating);
-    for (int k2 = 0; k2 <= b / 2; ++k2) bins.put(k1 + a * (k2 + (b - 1) / 2), z[k2]);
-    return;
-  }
-  std::vector<Formal::Value> rotated;
-  for (int j = 0; j < b; ++j) rotated.push_back(twiddled(Formal{g_}, Formal::Value{row[j], {}}, -j * k1, a * b));
-  const std::vector<Formal::Value> z = complex_bins(second, rotated);
-  for (int k2 = 0; k2 < b; ++k2) bins.put(k1 + a * k2, z[k2]);
-}
-
-std::vector<Ref> RealFlow::transposed_part(const Plan& plan, const Half& spectrum, bool odd) {
-  const int m = static_cast<int>(spectrum.size()) - 1;
-  Graph network(g_.lanes());
-  std::vector<int> inputs;
-  std::vector<Ref> in;
-  for (int i = 0; i < m; ++i) {
-    in.push_back(network.input(std::vector<int>(network.lanes(), i)));
-    inputs.push_back(in.back().node);
-  }
-  RealFlow flow(network, recipes_, complex_middle_row_);
-  const bool split = plan.kind == Plan::Kind::Halves;
-  const Half bins = split && !odd ? flow.half_spectrum(plan.first(), in)
-                                  : flow.half_spectrum(split ? plan.second() : plan, with_zeros(in));
-  std::vector<Ref> outputs, feed;
-  for (size_t i = 0; i < bins.size(); ++i) {
-    const int k = split && !odd ? 2 * static_cast<int>(i) : static_cast<int>(i);
-    if (k % 2 != (odd ? 1 : 0)) continue;
-    outputs.push_back(bins[i].re), feed.push_back(spectrum[k].re);
-    if (bins[i].im) outputs.push_back(bins[i].im), feed.push_back(spectrum[k].im);
-  }
-  return transpose(network, inputs, outputs, g_, feed);
-}
-
-std::vector<Ref> RealFlow::prime_parts(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x, int sign) {
-  const int length = prime - 1, root = primitive_root(prime);
-  std::vector<Ref> in;
-  for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, prime)]);
-  const Half bins = half_spectrum(recipe.first, in);
-  std::vector<Ref> parts{g_.add(x[0], bins[0].re)};
-  const std::vector<ComplexNumber> spectrum = rader_spectrum(prime, sign);
-  Half product;
-  for (int j = 0; j <= length / 2; ++j) {
-    const ComplexNumber c = j % 2 ? ComplexNumber{spectrum[j].im, -spectrum[j].re} : spectrum[j];
-    if (2 * j % length == 0) {
-      product.push_back({g_.scale(c.re, bins[j].re), {}});
-    } else {
-      product.push_back(Formal{g_}.times(bins[j], 2 * c.re, 2 * c.im));
+void HalfSpectra::middle_row(const Plan& second, std::span<const Ref> row, const LinkMap& map, HalfBins& bins) {
+  const int k1 = map.a / 2;
+  const bool stated = second.kind == Plan::Kind::Rows && second.parts.size() == 3;
+  if (stated && second.parts[2].kind != Plan::Kind::Turned) {
+    const Half z = real(second.parts[2], with_zeros(row), Wanted::Odd);
+    for (int q = 1; q <= map.b; q += 2) bins.put(k1 * q, z[q]);
+  } else if (stated || map.b % 2 == 0) {
+    std::vector<Pair> rotated;
+    for (int j = 0; j < map.b; ++j) {
+      const Graph::Loop rotation(g_, "rotation", j);
+      rotated.push_back(twiddled(pairs_, Pair{row[j], {}}, -j * k1, map.length()));
     }
+    const std::vector<Pair> z = complex(second, rotated);
+    for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(k1, k2), z[k2]);
+  } else {
+    std::vector<Ref> alternating;
+    for (int j = 0; j < map.b; ++j) alternating.push_back(j % 2 ? -row[j] : row[j]);
+    const Half z = real(second, alternating);
+    for (int k2 = 0; k2 <= map.b / 2; ++k2) bins.put(map.output(k1, k2 + (map.b - 1) / 2), z[k2]);
   }
-  product[0].re = g_.add(x[0], product[0].re);
-  for (const bool odd : {false, true})
-    for (Ref r : transposed_part(recipe.second, product, odd)) parts.push_back(r);
-  return parts;
 }
 
-RealFlow::Half RealFlow::rader_half(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x) {
-  const std::vector<Ref> parts = RealFlow(g_, recipes_, recipe.complex_middle_row).prime_parts(recipe, prime, x, -1);
-  const int half = prime / 2, inverse_root = power_mod(primitive_root(prime), prime - 2, prime);
-  HalfBins bins(prime);
-  bins.put(0, {parts[0], {}});
-  for (int q = 0; q < half; ++q) bins.put(power_mod(inverse_root, q, prime), {parts[1 + q], parts[1 + half + q]});
-  return bins.take();
+namespace {
+
+// Repeats a network in another graph on given values.
+std::vector<Ref> placed(const Graph& network, std::span<const Ref> outputs, Graph& target, std::span<const Ref> feed) {
+  std::vector<Ref> made(network.size());
+  for (int i : live_nodes(network, outputs)) {
+    const Node& node = network[i];
+    if (node.kind == Node::Kind::Input) {
+      made[i] = feed[node.cells[0]];
+      continue;
+    }
+    std::vector<Term> terms = node.terms;
+    for (Term& t : terms) t.ref = made[t.ref.node].turned(t.ref.turn);
+    const Graph::Loop loop(target, node.label);
+    made[i] = target.lin(terms);
+  }
+  std::vector<Ref> result;
+  for (Ref r : outputs) result.push_back(made[r.node].turned(r.turn));
+  return result;
 }
 
-std::vector<Ref> real_lane_plan(Graph& g, const Recipes& recipes, const BlockForms& forms, const Plan& plan,
-                                const std::vector<Ref>& x, int sign, bool first_stage) {
-  const RealFlow::Half bins = RealFlow(g, recipes, forms, first_stage).half_spectrum(plan, x);
-  std::vector<Ref> y(plan.length);
-  for (int k = 0; 2 * k <= plan.length; ++k) {
-    y[k] = bins[k].re;
-    if (!bins[k].im) continue;
-    const Ref turned = bins[k].im.turned(-sign);
-    y[k] = g.add(bins[k].re, turned);
-    y[plan.length - k] = g.sub(bins[k].re, turned);
+}  // namespace
+
+// The even or the odd part of the real sequence with these bins: the forward network of such bins, transposed. The
+// transpose takes its signs from the network alone, not from the values it is fed with: it is made apart first.
+std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spectrum, Wanted wanted) {
+  const int m = static_cast<int>(spectrum.size()) - 1;
+  const auto input = [&](Graph& g, int i) { return g.input(std::vector<int>(g.lanes(), i)); };
+  Graph network(g_.lanes()), transposed(g_.lanes());
+  std::vector<Ref> in;
+  std::vector<int> ends;
+  for (int i = 0; i < m; ++i) in.push_back(input(network, i)), ends.push_back(in.back().node);
+
+  HalfSpectra flow(network, pairs_.conventions.transposed());
+  const bool even_half = wanted == Wanted::All && plan.kind == Plan::Kind::Halves;
+  const Half bins = even_half ? flow.real(plan.first(), in) : flow.real(plan, with_zeros(in), wanted);
+  std::vector<Ref> outputs, feed, placeholders;
+  for (int k = wanted == Wanted::Odd; k <= m; k += 2) {
+    const Pair& bin = bins[even_half ? k / 2 : k];
+    outputs.push_back(bin.re), feed.push_back(spectrum[k].re);
+    if (bin.im) outputs.push_back(bin.im), feed.push_back(spectrum[k].im);
   }
-  return y;
+  for (size_t i = 0; i < feed.size(); ++i) placeholders.push_back(input(transposed, static_cast<int>(i)));
+  if (!pairs_.conventions.apart) return transpose(network, ends, outputs, g_, feed);
+  return placed(transposed, transpose(network, ends, outputs, transposed, placeholders), g_, feed);
+}
+
+// Rader's method: with a primitive root g the bins of prime length p are a cyclic convolution of length L = p-1 of
+// x[g^j] with exp(-2*pi*i*g^-j/p).
+//
+// The constant spectrum is real at even and imaginary at odd bins but for the parts that g^(L/2) = -1 cancels: taken times -i
+// at odd bins it keeps both halves real combinations of the input. So the way back needs no transform of length L: the even
+// bins give the real parts and the odd ones the imaginary parts, each through the transposed network of those bins.
+Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
+  const int p = plan.length, length = p - 1, half = length / 2, start = plan.numbering.start;
+  const int root = plan.numbering.root ? plan.numbering.root : primitive_root(p);
+  std::vector<Ref> sequence;
+  for (int q = 0; q < length; ++q) sequence.push_back(x[start * power_mod(root, q, p) % p]);
+  const Half bins = within("first", [&] { return HalfSpectra(g_, pairs_.conventions).real(plan.first(), sequence); });
+
+  HalfBins out(p);
+  out.put(0, {g_.add(x[0], bins[0].re), {}});
+  const std::vector<ComplexNumber> spectrum = rader_spectrum(p, root, sign);
+  Half product(1);
+  for (int j = 1; j <= half; ++j) {
+    const Graph::Loop loop(g_, "product", j);
+    const ComplexNumber c = j % 2 ? ComplexNumber{spectrum[j].im, -spectrum[j].re} : spectrum[j];
+    product.push_back(j == half ? Pair{g_.scale(c.re, bins[j].re), {}} : pairs_.times(bins[j], 2 * c.re, 2 * c.im));
+  }
+  product[0].re = g_.lin({{1, x[0]}, {spectrum[0].re, bins[0].re}});
+  const std::vector<Ref> re = within("even", [&] { return second_transform(plan.second(), product, Wanted::All); });
+  const std::vector<Ref> im = within("odd", [&] { return second_transform(plan.second(), product, Wanted::Odd); });
+  for (int q = 0; q < half; ++q)
+    out.put(1LL * inverse_mod(start, p) * power_mod(inverse_mod(root, p), q, p), {re[q], im[q]});
+  return out.take();
 }
 
 }  // namespace xfm

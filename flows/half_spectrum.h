@@ -1,71 +1,80 @@
-// Rader's algorithm in real-lane form: the two components of the data run side by side as two real sequences.
+// Transforms of real data, all with the exponent exp(-2*pi*i*n*k/N): half spectra from stage to stage.
 //
-// The sequence r[q] = x[g^q] of length L = p-1 goes through a real-input transform; its half spectrum is multiplied by the
-// constant spectrum, whose bins are taken times -i where they are odd, so that both halves stay real combinations of the
-// input; a real-output transform gives the even-bin part E and the odd-bin part O of the outputs, and
-// y[g^-q] = E[q] + i*O[q], y[g^-(q+L/2)] = E[q] - i*O[q] is the only place where the two components meet. The
-// second transform is a real-input one run transposed, without its first stage.
+// Real data have bins 0..N/2, of which bin 0 and, for even N, bin N/2 are real. A stage forms only bins that are not
+// conjugates of others. The first stage of a link works real data; of its second, the rows of real bins are real transforms
+// and the others complex ones.
 //
-// A whole plan can run the same way: half spectra of the two components from stage to stage, and the rotations by i of all
-// its blocks put off to one sum and difference for every pair of bins k, N-k.
+// Complex data have two real parts: a block can run on both apart, and the rotation by i that joins the parts is put off to
+// one sum and one difference for every pair of bins k, N-k (`joined`).
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "flows/blocks.h"
 
 namespace xfm {
 
-class RealFlow {
- public:
-  // For the block of a prime.
-  RealFlow(Graph& g, const Recipes& recipes, bool complex_middle_row)
-      : g_(g), recipes_(recipes), complex_middle_row_(complex_middle_row) {}
-  // For a plan with blocks in the given forms, that of a first stage where a row is real.
-  RealFlow(Graph& g, const Recipes& recipes, const BlockForms& forms, bool first_stage)
-      : g_(g), recipes_(recipes), forms_(forms), first_stage_(first_stage) {}
+using Half = std::vector<Pair>;  // bins 0..N/2
+inline bool real_bin(int k, int length) { return k == 0 || 2 * k == length; }
 
-  using Half = std::vector<Formal::Value>;  // bins 0..L/2
-  Half half_spectrum(const Plan& plan, const std::vector<Ref>& x);
-  // y0, E[0..L/2-1], O[0..L/2-1] of a real sequence of prime length.
-  std::vector<Ref> prime_parts(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x, int sign);
+// The plan by Rader's method of a prime block, or null where it is worked by its definition.
+using PrimePlans = std::function<const Plan*(int prime, bool real_row)>;
+
+class HalfSpectra {
+ public:
+  HalfSpectra(Graph& g, const Conventions& conventions, PrimePlans primes = {})
+      : g_(g), pairs_{g, conventions}, primes_(std::move(primes)) {}
+
+  enum class Wanted { All, Odd };  // bins that are not wanted may be left out
+  Half real(const Plan& plan, std::span<const Ref> x, Wanted wanted = Wanted::All);
+  std::vector<Pair> complex(const Plan& plan, std::span<const Pair> z);
+  // Bins with the exponent's sign.
+  Half with_sign(const Plan& plan, std::span<const Ref> x, int sign);
 
  private:
-  std::vector<Formal::Value> complex_bins(const Plan& plan, const std::vector<Formal::Value>& z);
-  Half block(int length, const std::vector<Ref>& x);
-  Half rader_half(const LaneRecipe& recipe, int prime, const std::vector<Ref>& x);
-  Half halves(const Plan& plan, const std::vector<Ref>& x);
-  Half linked(const Plan& plan, const std::vector<Ref>& x);
-  void middle_row(const Plan& second, const std::vector<Ref>& row, int k1, int a, class HalfBins& bins);
-  std::vector<Ref> transposed_part(const Plan& plan, const Half& spectrum, bool odd);
+  Half block(const Plan& plan, std::span<const Ref> x, int sign, Wanted wanted);
+  Half direct(std::span<const Ref> x, int sign);
+  Half eight_point(std::span<const Ref> x, Wanted wanted);
+  Half halves(const Plan& plan, std::span<const Ref> x, Wanted wanted);
+  Half linked(const Plan& plan, std::span<const Ref> x, Wanted wanted);
+  void middle_row(const Plan& second, std::span<const Ref> row, const LinkMap& map, class HalfBins& bins);
+  Half rader(const Plan& plan, std::span<const Ref> x, int sign);
+  std::vector<Ref> second_transform(const Plan& plan, const Half& spectrum, Wanted wanted);
+
+  // What is made inside carries the name of this part of the flow.
+  template <class F>
+  auto within(const char* name, F make) {
+    const Graph::Loop loop(g_, name);
+    return make();
+  }
 
   Graph& g_;
-  const Recipes& recipes_;
-  BlockForms forms_;
-  bool first_stage_ = true, complex_middle_row_ = false;
+  Pairs pairs_;
+  PrimePlans primes_;
 };
 
-template <class A>
-std::vector<typename A::Value> real_lane_block(const A& alg, const Recipes& recipes, const LaneRecipe& recipe, int p,
-                                               const std::vector<typename A::Value>& x, int sign) {
+// A block over complex values, worked as two half spectra; `half` makes one from the values of a component, and its bins
+// have the sign of the exponent.
+template <class A, class HalfOf>
+std::vector<typename A::Value> joined(const A& alg, std::span<const typename A::Value> x, const HalfOf& half) {
   using Value = typename A::Value;
-  const std::vector<Value> parts = alg.lanewise(x, [&](const std::vector<Ref>& lane) {
-    return RealFlow(alg.g, recipes, recipe.complex_middle_row).prime_parts(recipe, p, lane, sign);
+  const std::vector<Value> parts = alg.by_components(x, [&](std::span<const Ref> component) {
+    std::vector<Ref> flat;
+    for (const Pair& bin : half(component)) flat.push_back(bin.re), flat.push_back(bin.im);
+    return flat;
   });
-  std::vector<Value> y(p);
-  y[0] = parts[0];
-  const int half = (p - 1) / 2, inverse_root = power_mod(primitive_root(p), p - 2, p);
-  for (int q = 0; q < half; ++q) {
-    const int k = power_mod(inverse_root, q, p);
-    const Value e = parts[1 + q], o = alg.turned(parts[1 + half + q], 1);
-    y[k] = alg.add(e, o);
-    y[p - k] = alg.sub(e, o);
+  const int n = static_cast<int>(x.size());
+  std::vector<Value> y(n);
+  for (int k = 0; k <= n / 2; ++k) {
+    const Graph::Loop loop(alg.g, "bin", k);
+    y[k] = parts[2 * k];
+    if (real_bin(k, n)) continue;
+    const Value im = alg.turned(parts[2 * k + 1], 1);
+    y[k] = alg.add(parts[2 * k], im);
+    y[n - k] = alg.sub(parts[2 * k], im);
   }
   return y;
 }
-
-// A plan in real-lane form. No block of it may be in Rader complex form.
-std::vector<Ref> real_lane_plan(Graph& g, const Recipes& recipes, const BlockForms& forms, const Plan& plan,
-                                const std::vector<Ref>& x, int sign, bool first_stage);
 
 }  // namespace xfm

@@ -5,7 +5,9 @@
 #include <charconv>
 #include <numeric>
 
+#include "flows/numbers.h"
 #include "generator/check.h"
+#include "generator/table.h"
 
 namespace xfm {
 
@@ -15,7 +17,7 @@ constexpr int kLongest = 1024, kDeepest = 16;  // of a block and of parentheses;
 
 class Parser {
  public:
-  explicit Parser(const std::string& text) : text_(text) {}
+  Parser(const std::string& text, const PlanBlocks& blocks) : text_(text), blocks_(blocks) {}
 
   Plan whole() {
     Plan plan = chain();
@@ -40,85 +42,175 @@ class Parser {
     return token;
   }
 
-  // The number that begins at a position of a token.
-  int number(const std::string& token, size_t start) const {
+  bool accept(const std::string& token) {
+    if (peek() != token) return false;
+    take();
+    return true;
+  }
+
+  void expect(const std::string& token) {
+    if (!accept(token)) fail("expected '" + token + "'");
+  }
+
+  int number(const std::string& token) const {
     int value = 0;
-    const auto [end, error] = std::from_chars(token.data() + start, token.data() + token.size(), value);
+    const auto [end, error] = std::from_chars(token.data(), token.data() + token.size(), value);
+    if (end != token.data() + token.size() && error == std::errc()) fail("no block is named '" + token + "'");
     if (error != std::errc() || value < 2 || value > kLongest) fail("no length of a block in '" + token + "'");
     return value;
   }
 
-  void expect(const std::string& token) {
-    if (take() != token) fail("expected '" + token + "'");
-  }
-
   Plan chain() {
     if (++depth_ > kDeepest) fail("too many parentheses");
-    Plan plan = atom();
-    for (std::string link = peek(); link == "ct" || link == "pf"; link = peek()) {
-      take();
-      Plan right = atom();
+    Plan plan = stage();
+    while (peek() == "ct" || peek() == "pf") {
+      const Plan::Kind kind = take() == "pf" ? Plan::Kind::GoodThomas : Plan::Kind::CooleyTukey;
+      Plan right = stage();
       if (right.length > kLongest * kLongest / plan.length) fail("too long");
-      const bool pf = link == "pf";
-      if (pf && std::gcd(plan.length, right.length) != 1) fail("the parts of 'pf' must be coprime");
-      plan = {pf ? Plan::Kind::GoodThomas : Plan::Kind::CooleyTukey, plan.length * right.length, "", {plan, right}};
+      if (kind == Plan::Kind::GoodThomas && std::gcd(plan.length, right.length) != 1) fail("the parts of 'pf' must be coprime");
+      const int length = plan.length * right.length;
+      plan = {kind, length, {std::move(plan), std::move(right)}};
     }
     --depth_;
     return plan;
   }
 
-  Plan pair(Plan::Kind kind) {
+  // The plans in parentheses behind a word; the last may be `turned`.
+  std::vector<Plan> parts(size_t least, size_t most) {
+    std::vector<Plan> all;
     expect("(");
-    Plan a = chain();
-    expect(";");
-    Plan b = chain();
+    do {
+      if (all.size() == 2 && accept("turned")) {
+        all.push_back({Plan::Kind::Turned, 2 * all[0].length});
+      } else {
+        all.push_back(chain());
+      }
+    } while (all.size() < most && accept(";"));
+    if (all.size() < least) fail("expected ';'");
     expect(")");
-    const int length = kind == Plan::Kind::Halves ? 2 * a.length : a.length;
-    if (b.length != length) fail("the parts do not fit together");
-    return {kind, length, "", {a, b}};
+    return all;
   }
 
-  Plan atom() {
-    const std::string token = take();
-    if (token == "(") {
+  Plan halves() {
+    std::vector<Plan> two = parts(2, 2);
+    const int length = 2 * two[0].length;
+    if (two[1].length != length) fail("the parts do not fit together");
+    return {Plan::Kind::Halves, length, std::move(two)};
+  }
+
+  Plan rows() {
+    std::vector<Plan> all = parts(2, 3);
+    const int length = all[0].length;
+    if (all[1].length != length || (all.size() == 3 && all[2].length != 2 * length)) fail("the parts do not fit together");
+    return {Plan::Kind::Rows, length, std::move(all)};
+  }
+
+  Plan rader() {
+    std::vector<Plan> two = parts(2, 2);
+    const int prime = two[0].length + 1;
+    if (prime < 5 || !is_prime(prime)) fail("Rader's method at " + std::to_string(prime) + ", which is no prime from 5");
+    if (two[1].length != prime - 1) fail("the parts do not fit together");
+    return {Plan::Kind::Rader, prime, std::move(two)};
+  }
+
+  Plan stage() {
+    if (accept("(")) {
       Plan plan = chain();
       expect(")");
       return plan;
     }
-    if (token == "halves") return pair(Plan::Kind::Halves);
-    if (token == "rows") return pair(Plan::Kind::Rows);
-    if (token.size() > 1 && token[0] == 'R' && std::isdigit(static_cast<unsigned char>(token[1])))
-      return {Plan::Kind::NamedRader, number(token, 1), token, {}};
+    if (accept("halves")) return halves();
+    if (accept("rows")) return rows();
+    if (accept("rader")) return rader();
+    if (accept("apart")) {
+      std::vector<Plan> one = parts(1, 1);
+      const int length = one[0].length;
+      return {Plan::Kind::Apart, length, std::move(one)};
+    }
+    const std::string token = take();
+    if (token.size() > 1 && std::isupper(static_cast<unsigned char>(token[0]))) {
+      const auto block = blocks_.find(token);
+      if (block == blocks_.end()) fail("no block is named '" + token + "'");
+      return block->second;
+    }
     if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) fail("expected a block, found '" + token + "'");
-    if (!std::all_of(token.begin(), token.end(), [](unsigned char c) { return std::isdigit(c); })) fail("no block is named '" + token + "'");
-    return {Plan::Kind::Block, number(token, 0), "", {}};
+    return {Plan::Kind::Block, number(token)};
   }
 
   const std::string& text_;
+  const PlanBlocks& blocks_;
   size_t at_ = 0;
   int depth_ = 0;
 };
 
 }  // namespace
 
-Plan parse_plan(const std::string& text) { return Parser(text).whole(); }
+Plan parse_plan(const std::string& text, const PlanBlocks& blocks) { return Parser(text, blocks).whole(); }
 
 std::string to_text(const Plan& plan) {
-  const auto part = [](const Plan& p) { return p.link() ? "(" + to_text(p) + ")" : to_text(p); };
+  if (!plan.name.empty()) return plan.name;
+  const auto part = [](const Plan& p) { return p.link() && p.name.empty() ? "(" + to_text(p) + ")" : to_text(p); };
+  const auto call = [&](const std::string& word) {
+    std::string text = word;
+    for (const Plan& p : plan.parts) text += (text == word ? "(" : "; ") + to_text(p);
+    return text + ")";
+  };
   switch (plan.kind) {
     case Plan::Kind::Block: return std::to_string(plan.length);
-    case Plan::Kind::NamedRader: return plan.name;
     case Plan::Kind::CooleyTukey: return part(plan.first()) + " ct " + part(plan.second());
     case Plan::Kind::GoodThomas: return part(plan.first()) + " pf " + part(plan.second());
-    case Plan::Kind::Halves: return "halves(" + to_text(plan.first()) + "; " + to_text(plan.second()) + ")";
-    case Plan::Kind::Rows: return "rows(" + to_text(plan.first()) + "; " + to_text(plan.second()) + ")";
+    case Plan::Kind::Rader: return call("rader");
+    case Plan::Kind::Halves: return call("halves");
+    case Plan::Kind::Rows: return call("rows");
+    case Plan::Kind::Apart: return call("apart");
+    case Plan::Kind::Turned: return "turned";
   }
   return {};
 }
 
 Plan mirrored(const Plan& plan) {
   if (!plan.link()) return plan;
-  return {plan.kind, plan.length, "", {mirrored(plan.second()), mirrored(plan.first())}};
+  return {plan.kind, plan.length, {mirrored(plan.second()), mirrored(plan.first())}};
+}
+
+std::vector<const Plan*> leaves(const Plan& plan) {
+  if (plan.parts.empty() || !plan.name.empty()) return {&plan};
+  std::vector<const Plan*> all;
+  for (const Plan& part : plan.parts)
+    for (const Plan* leaf : leaves(part)) all.push_back(leaf);
+  return all;
+}
+
+std::vector<int> integers(const std::string& what, const std::string& text) {
+  std::vector<int> values;
+  for (const std::string& digits : split(text, ',')) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error != std::errc() || end != digits.data() + digits.size() || value < 0)
+      throw InputError(what + " '" + text + "': '" + digits + "' is not a number");
+    values.push_back(value);
+  }
+  return values;
+}
+
+Plan numbered(Plan plan, const std::string& text) {
+  if (text == "-") return plan;
+  const std::vector<int> v = integers("numbering", text);
+  const auto refuse = [&](const char* reason) { throw InputError("numbering '" + text + "': " + reason); };
+  if (plan.kind == Plan::Kind::GoodThomas) {
+    if (v.size() != 3 || v[2] > 1) refuse("a Good-Thomas link takes element,row,conjugate");
+    if (std::gcd(v[0], plan.first().length) != 1) refuse("the step of elements and the first length are not coprime");
+    if (std::gcd(v[1], plan.second().length) != 1) refuse("the step of rows and the second length are not coprime");
+    plan.numbering = {.element = v[0], .row = v[1], .conjugate = v[2] == 1};
+  } else if (plan.kind == Plan::Kind::Rader) {
+    if (v.size() != 2) refuse("Rader's method takes root,start");
+    if (v[1] % plan.length == 0) refuse("a start that is zero modulo the prime");
+    if (!is_primitive_root(v[0], plan.length)) refuse("the root is not primitive");
+    plan.numbering = {.root = v[0], .start = v[1]};
+  } else {
+    refuse("only a Good-Thomas link and Rader's method have one");
+  }
+  return plan;
 }
 
 }  // namespace xfm

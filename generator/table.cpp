@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <fstream>
+#include <sstream>
 
 #include "generator/check.h"
 
@@ -50,6 +51,15 @@ void TableRow::fail(std::string_view reason) const { fail_input(file_, line_, re
 Table Table::read(const std::filesystem::path& path, const std::vector<std::string>& columns) {
   std::ifstream in(path);
   if (!in) fail_input(path.string(), 0, "cannot be read");
+  return read(in, path.string(), columns);
+}
+
+Table Table::parse(std::string_view text, const std::string& name, const std::vector<std::string>& columns) {
+  std::istringstream in{std::string(text)};
+  return read(in, name, columns);
+}
+
+Table Table::read(std::istream& in, const std::string& name, const std::vector<std::string>& columns) {
   Table table;
   bool named = false;
   int number = 0;
@@ -58,12 +68,12 @@ Table Table::read(const std::filesystem::path& path, const std::vector<std::stri
     if (line.empty() || line.front() == '#') continue;
     const std::vector<std::string> cells = split(line, '\t');
     if (!named) {
-      if (cells != columns) fail_input(path.string(), number, "the columns are not the expected ones");
+      if (cells != columns) fail_input(name, number, "the columns are not the expected ones");
       named = true;
       continue;
     }
     TableRow row;
-    row.file_ = path.string();
+    row.file_ = name;
     row.line_ = number;
     if (cells.size() != columns.size())
       row.fail(std::to_string(cells.size()) + " cells where the table has " + std::to_string(columns.size()) +
@@ -71,8 +81,8 @@ Table Table::read(const std::filesystem::path& path, const std::vector<std::stri
     for (size_t i = 0; i < columns.size(); ++i) row.cells_[columns[i]] = cells[i];
     table.rows_.push_back(std::move(row));
   }
-  if (in.bad()) fail_input(path.string(), number, "cannot be read to its end");
-  if (table.rows_.empty()) fail_input(path.string(), 0, "has no rows");
+  if (in.bad()) fail_input(name, number, "cannot be read to its end");
+  if (table.rows_.empty()) fail_input(name, 0, "has no rows");
   return table;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <string_view>
@@ -37,10 +38,13 @@ class Table {
  public:
   // Reads a file whose columns are exactly `columns`, in this order, and which has at least one row.
   static Table read(const std::filesystem::path& path, const std::vector<std::string>& columns);
+  // The same from a text at hand; `name` stands for the file in messages.
+  static Table parse(std::string_view text, const std::string& name, const std::vector<std::string>& columns);
 
   [[nodiscard]] const std::vector<TableRow>& rows() const { return rows_; }
 
  private:
+  static Table read(std::istream& in, const std::string& name, const std::vector<std::string>& columns);
   std::vector<TableRow> rows_;
 };
 

@@ -4,30 +4,22 @@
 
 namespace xfm::rdft {
 
-namespace {
-
-struct Root {
-  Real magnitude;
-  int order;
-};
-
-// All cosines and sines of 2*pi*k/M up to M = 64, by M.
-const std::vector<Root>& roots_by_order() {
-  static const std::vector<Root> roots = [] {
-    std::vector<Root> list;
-    for (int m = 3; m <= 64; ++m)
-      for (int k = 1; 2 * k < m; ++k)
-        for (Real value : {cos_turn(k, m), sin_turn(k, m)}) list.push_back({magnitude(value), m});
-    return list;
-  }();
-  return roots;
-}
-
-}  // namespace
-
-int root_order(Real c) {
-  for (const Root& root : roots_by_order())
+int root_order(Real c, int largest) {
+  struct Root {
+    Real magnitude;
+    int order;
+  };
+  static std::vector<Root> roots;  // cosines and sines of 2*pi*k/M, by M
+  static int known = 2;
+  while (known < largest) {
+    ++known;
+    for (int k = 1; 2 * k < known; ++k)
+      for (Real value : {cos_turn(k, known), sin_turn(k, known)}) roots.push_back({magnitude(value), known});
+  }
+  for (const Root& root : roots) {
+    if (root.order > largest) break;
     if (is_zero(root.magnitude - magnitude(c))) return root.order;
+  }
   return 0;
 }
 
@@ -52,6 +44,7 @@ std::vector<char> folded_doublings(const Flow& flow) {
 
 FlowCounts count_flow(const Flow& flow) {
   FlowCounts c;
+  const int length = static_cast<int>(flow.outputs.size());
   const std::vector<char> open = open_cells(flow);
   std::vector<char> widened(flow.graph.size());
   for (int i : live_nodes(flow.graph, flow.outputs)) {
@@ -62,7 +55,7 @@ FlowCounts count_flow(const Flow& flow) {
       const Real value = t.coef.lane(0);
       ++c.multiplications;
       if (is_zero(magnitude(value) - Real(0.5))) continue;
-      if (const int order = root_order(value)) {
+      if (const int order = root_order(value, length)) {
         c.roots.insert(order);
       } else {
         ++c.non_root;

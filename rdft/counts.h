@@ -27,7 +27,7 @@ std::vector<char> open_cells(const Flow& flow);
 // By input cell: the doubling is taken into the one constant that the value meets.
 std::vector<char> folded_doublings(const Flow& flow);
 
-// The least M such that |c| is the cosine or sine of 2*pi*k/M, or 0; 0.5 is asked for apart.
-int root_order(Real c);
+// The least M up to `largest` such that |c| is the cosine or sine of 2*pi*k/M, or 0; 0.5 is asked for apart.
+int root_order(Real c, int largest);
 
 }  // namespace xfm::rdft

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "flows/half_spectrum.h"
 #include "generator/check.h"
 #include "generator/passes.h"
-#include "rdft/stages.h"
 
 namespace xfm::rdft {
 
@@ -19,10 +19,13 @@ struct Network {
   }
 };
 
+constexpr Conventions kConventions = {
+    .eighth = Conventions::Eighth::ProductsFirst, .centre_last = true, .signed_sines = true, .apart = true, .centred = true};
+
 // The half spectrum of N real inputs, in spectrum order.
-Network analysis(const Plan& plan, Run run) {
+Network analysis(const Plan& plan, const Conventions& conventions) {
   Network net(plan.length);
-  const HalfSpectrum bins = Stages(net.graph, run).real(plan, net.inputs);
+  const Half bins = HalfSpectra(net.graph, conventions).real(plan, net.inputs);
   for (int k = 0; k < static_cast<int>(bins.size()); ++k) {
     net.outputs.push_back(bins[k].re);
     if (!real_bin(k, plan.length)) net.outputs.push_back(bins[k].im);
@@ -32,14 +35,14 @@ Network analysis(const Plan& plan, Run run) {
 
 // The transposed network, fed with values of `target` in spectrum order.
 std::vector<Ref> synthesis(const Plan& plan, Graph& target, std::span<const Ref> feed) {
-  const Network net = analysis(plan, Run::Transposed);
+  const Network net = analysis(plan, kConventions.transposed());
   std::vector<int> inputs;
   for (Ref r : net.inputs) inputs.push_back(r.node);
   return transpose(net.graph, inputs, net.outputs, target, feed);
 }
 
 Network hartley_forward(const Plan& plan) {
-  Network net = analysis(plan, Run::Straight);
+  Network net = analysis(plan, kConventions);
   const int n = plan.length;
   std::vector<Ref> cells(n);
   size_t at = 0;
@@ -73,11 +76,11 @@ Network hartley_transposed(const Plan& plan) {
   return net;
 }
 
-Network network(const Recipe& recipe) {
-  const Plan& plan = *recipe.plan;
-  if (recipe.family == Family::Forward) return analysis(plan, Run::Straight);
-  if (recipe.family == Family::Hartley)
-    return recipe.form == Form::Forward ? hartley_forward(plan) : hartley_transposed(plan);
+Network network(const FlowPlan& made) {
+  const Plan& plan = made.plan;
+  if (made.family == Family::Forward) return analysis(plan, kConventions);
+  if (made.family == Family::Hartley)
+    return made.transposed ? hartley_transposed(plan) : hartley_forward(plan);
   Network net(plan.length);
   net.outputs = synthesis(plan, net.graph, net.inputs);
   return net;
@@ -87,8 +90,8 @@ Network network(const Recipe& recipe) {
 // product only, all of whose terms are widened elsewhere anyway.
 class WideSumFinder {
  public:
-  WideSumFinder(const Flow& flow, const Recipe& recipe)
-      : flow_(flow), recipe_(recipe), users_(users(flow)), widened_(flow.graph.size()), output_(flow.graph.size()) {
+  WideSumFinder(const Flow& flow, const FlowPlan& made)
+      : flow_(flow), made_(made), users_(users(flow)), widened_(flow.graph.size()), output_(flow.graph.size()) {
     for (Ref r : flow.outputs) output_[r.node] = 1;
     for (int i : live_nodes(flow.graph, flow.outputs)) {
       live_.push_back(i);
@@ -106,7 +109,7 @@ class WideSumFinder {
       if (!collect(chain)) continue;
       (users_[i].size() == 1 ? single : shared).push_back(std::move(chain));
     }
-    if (recipe_.wide.shared) single.insert(single.end(), shared.begin(), shared.end());
+    if (made_.wide.shared) single.insert(single.end(), shared.begin(), shared.end());
     return single;
   }
 
@@ -136,26 +139,26 @@ class WideSumFinder {
 
   // Loaded values, and the first sums of a transposed Hartley flow, which take the place of its loads.
   bool barred(int node) const {
-    if (recipe_.wide.loads) return false;
+    if (made_.wide.loads) return false;
     const auto loaded = [&](int i) { return flow_.graph[i].kind == Node::Kind::Input; };
     if (loaded(node)) return true;
-    if (recipe_.family != Family::Hartley || recipe_.form != Form::Transposed) return false;
+    if (made_.family != Family::Hartley || !made_.transposed) return false;
     const std::vector<Term>& terms = flow_.graph[node].terms;
     if (terms.size() != 2 || !loaded(terms[0].ref.node) || !loaded(terms[1].ref.node)) return false;
-    return flow_.graph[terms[0].ref.node].cells[0] + flow_.graph[terms[1].ref.node].cells[0] == recipe_.length;
+    return flow_.graph[terms[0].ref.node].cells[0] + flow_.graph[terms[1].ref.node].cells[0] == made_.length;
   }
 
   const Flow& flow_;
-  const Recipe& recipe_;
+  const FlowPlan& made_;
   std::vector<std::vector<int>> users_;
   std::vector<char> widened_, output_;
   std::vector<int> live_;
 };
 
-void choose_wide_sums(Flow& flow, const Recipe& recipe) {
-  std::vector<int> wanted = recipe.wide.additions;
+void choose_wide_sums(Flow& flow, const FlowPlan& made) {
+  std::vector<int> wanted = made.wide.additions;
   if (wanted.empty()) return;
-  for (const std::vector<int>& chain : WideSumFinder(flow, recipe).chains()) {
+  for (const std::vector<int>& chain : WideSumFinder(flow, made).chains()) {
     int additions = 0;
     for (int i : chain) additions += static_cast<int>(flow.graph[i].terms.size()) - 1;
     const auto want = std::find(wanted.begin(), wanted.end(), additions);
@@ -168,16 +171,16 @@ void choose_wide_sums(Flow& flow, const Recipe& recipe) {
 
 }  // namespace
 
-Flow make_flow(const Recipe& recipe) {
-  Network net = network(recipe);
+Flow make_flow(const FlowPlan& made) {
+  Network net = network(made);
   Flow flow;
   flow.graph = merge_constants(net.graph, net.outputs);
   flow.outputs = net.outputs;
   flow.wide.resize(flow.graph.size());
-  flow.doubled.resize(recipe.length);
-  if (recipe.family == Family::Inverse)
-    for (int cell = 1; cell < recipe.length - (recipe.length % 2 == 0); ++cell) flow.doubled[cell] = 1;
-  choose_wide_sums(flow, recipe);
+  flow.doubled.resize(made.length);
+  if (made.family == Family::Inverse)
+    for (int cell = 1; cell < made.length - (made.length % 2 == 0); ++cell) flow.doubled[cell] = 1;
+  choose_wide_sums(flow, made);
   return flow;
 }
 

@@ -3,19 +3,14 @@
 // Spectra are listed in one order throughout: R_0, R_1, I_1, R_2, I_2, ..., for even N ending with R_(N/2).
 #pragma once
 
-#include <string>
 #include <vector>
 
+#include "flows/plan.h"
 #include "generator/graph.h"
-#include "rdft/plan.h"
 
 namespace xfm::rdft {
 
 enum class Family { Forward, Inverse, Hartley };
-
-// How a Hartley kernel gets its bins: from a forward flow by H = R -+ I behind it, or from the transposed network with
-// sums and differences x[k] +- x[N-k] in front of it (the Hartley matrix is symmetric).
-enum class Form { Forward, Transposed };
 
 // Sums of held values that stand in double precision, so that they need no widening of their own: the number of additions
 // of each, in the order of the candidates. `shared` admits sums that several products use, `loads` those of loaded values.
@@ -24,12 +19,14 @@ struct WideSums {
   bool shared = false, loads = false;
 };
 
-struct Recipe {
+// What a row makes a flow from. A Hartley kernel gets its bins from a forward flow by H = R -+ I behind it, or `transposed`:
+// from the transposed network with sums and differences x[k] +- x[N-k] in front of it (the Hartley matrix is symmetric).
+struct FlowPlan {
   Family family;
   int length;
-  PlanPtr plan;
-  Form form = Form::Forward;
-  WideSums wide;
+  Plan plan;
+  bool transposed = false;
+  WideSums wide = {};
 };
 
 struct Flow {
@@ -43,7 +40,7 @@ struct Flow {
 };
 
 // Throws InputError if a stated sum in double has no candidate.
-Flow make_flow(const Recipe& recipe);
+Flow make_flow(const FlowPlan& plan);
 
 // By node of the flow, the nodes that use it; a node occurs once for each term.
 std::vector<std::vector<int>> users(const Flow& flow);

@@ -31,8 +31,6 @@ add_dependencies(dct4_transform_test dct4_plain_order)
 xfm_add_script_test(dct4_largest_lengths "dct4;long" dct4_transform_test --gtest_also_run_disabled_tests --gtest_filter=*Largest*)
 set_tests_properties(dct4_largest_lengths PROPERTIES TIMEOUT 3600)
 
-xfm_add_test(dct4_lapped_test LABEL dct4
-  SOURCES dct4_lapped_test.cpp ${PROJECT_SOURCE_DIR}/examples/lapped_transform.cpp LIBRARIES xfmgene9 xfmcorex64)
 
 # The units once more, with the compiler's checks of undefined behaviour and of data races.
 function(dct4_sanitized name sanitizer)

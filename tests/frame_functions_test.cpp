@@ -23,6 +23,17 @@ const FunctionList& whole_list() {
   return list;
 }
 
+TEST(Functions, NumbersOfATableAreNumbersToTheirEnd) {
+  const Folder folder;
+  std::ofstream(folder / "t.tsv") << "n\tm\n12\t12abc\n-7\t 7\n0\t\n1\t99999999999\n2\t+3\n";
+  const xfm::Table table = xfm::Table::read(folder / "t.tsv", {"n", "m"});
+  EXPECT_EQ(table.rows().size(), 5u);
+  for (const xfm::TableRow& row : table.rows()) {
+    EXPECT_EQ(std::to_string(row.integer("n")), row["n"]);
+    EXPECT_THROW((void)row.integer("m"), xfm::InputError) << row["m"];
+  }
+}
+
 TEST(Functions, TheWholeListHas1193Names) {
   std::map<std::string, int> kernels, others;
   for (const Function& function : whole_list().functions())

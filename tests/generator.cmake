@@ -6,4 +6,5 @@ foreach(test generator_flows_test generator_plan_test generator_text_test)
   target_compile_options(${test} PRIVATE -O2 -Wno-restrict)  # g++ 12 misjudges joined strings
 endforeach()
 target_compile_options(generator_graph_test PRIVATE -Wno-restrict)
+target_compile_definitions(generator_plan_test PRIVATE XFM_REFERENCE_PLANS="${CMAKE_CURRENT_SOURCE_DIR}/reference_plans.tsv")
 xfm_add_test(output_test LABEL generator SOURCES output_test.cpp LIBRARIES xfm_output)

@@ -27,8 +27,14 @@ cmake --build "$build" --target uninstall >/dev/null
 [ ! -d "$work/first" ] || [ -z "$(find "$work/first" ! -type d)" ] || fail "left behind: $(find "$work/first" ! -type d)"
 [ -z "$(manifests)" ] || fail "uninstall leaves its manifest"
 
+# What a package's making notes is not taken for an installation.
+cmake --install "$build" --prefix "$work/staged" --component xfmgene9 >/dev/null
+if cmake --build "$build" --target uninstall >/dev/null 2>&1 || ! find "$work/staged" -name 'libxfmgene9.so*' | grep . >/dev/null; then
+  fail "uninstall removes what a single component's manifest names"
+fi
+
 runs() {  # program...: prints the lines of a sine of two turns over eight samples
-  LD_LIBRARY_PATH=$lib "$@" | grep -Eqx 'bin 2: +(-?0|0\.0) +-4(\.0)?i' || fail "$* printed something else"
+  LD_LIBRARY_PATH=$lib "$@" | grep -Ex 'bin 2: +(-?0|0\.0) +-4(\.0)?i' >/dev/null || fail "$* printed something else"
 }
 
 export PKG_CONFIG_PATH=$lib/pkgconfig

@@ -11,8 +11,8 @@ fail() {
   exit 1
 }
 
-# The options of a build that is the library alone.
-library_alone=(-DXFM_TESTS=OFF -DXFM_EXAMPLES=OFF -DXFM_TOOL=OFF -DXFM_PYTHON=OFF)
+# The options of a build that is the library alone, for the base.
+library_alone=(-DXFM_TARGETS=base -DXFM_TESTS=OFF -DXFM_EXAMPLES=OFF -DXFM_TOOL=OFF -DXFM_PYTHON=OFF)
 
 # configured FOLDER OPTIONS...: configures the project, with its output shown when that fails.
 configured() {

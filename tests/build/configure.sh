@@ -50,10 +50,10 @@ add_executable(host \${CMAKE_BINARY_DIR}/main.c)
 target_link_libraries(host PRIVATE Xfm::xfmgene9)
 HOST
   cmake -S "$work/host" -B "$work/host_build" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >"$work/said" 2>&1 || fail "$(cat "$work/said")"
-  ctest --test-dir "$work/host_build" -N | grep -qx 'Total Tests: 0' || fail "a guest brings tests along: $way"
+  ctest --test-dir "$work/host_build" -N | grep -x 'Total Tests: 0' >/dev/null || fail "a guest brings tests along: $way"
   cmake --install "$work/host_build" --prefix "$work/host_tree" >/dev/null
   [ ! -e "$work/host_tree" ] || fail "a guest installs something: $way"
   grep -qx 'CMAKE_BUILD_TYPE:STRING=' "$work/host_build/CMakeCache.txt" || fail "a guest sets the host's kind of build: $way"
-  grep 'generator/graph.cpp' "$work/host_build/compile_commands.json" | grep -q -- ' -O2 ' ||
+  grep 'generator/graph.cpp' "$work/host_build/compile_commands.json" | grep -- ' -O2 ' >/dev/null ||
     fail "a guest's generator is not optimised: $way"
 done

@@ -11,6 +11,9 @@ computes() {
   objdump -d --no-show-raw-insn --no-addresses "$1" | sed -n 's/^\t\(v[a-z0-9]*\)/\1/p' | sed 's/ *[#<].*//; s/0x[0-9a-f]*(%rip)/(%rip)/'
 }
 
+# The object of a unit in BUILD's library for the base.
+object_of() { find "$build" -path "*/CMakeFiles/xfm_*.dir/*" -name "$1.o" | LC_ALL=C sort | head -1; }
+
 # compile NAME UNIT OBJECT [FLAGS...]: by the command of the configured build NAME, on the unit and the header that BUILD has.
 compile() {
   local command
@@ -25,7 +28,7 @@ while IFS='|' read -r name flags; do
   configured "$name" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags"
   grep -q -- " $flags " "$work/$name/compile_commands.json" || fail "$name: the flags are not in the commands"
   for unit in "${units[@]}"; do
-    object=$(find "$build" -path "*/CMakeFiles/*" -name "$unit.o" | sort | head -1)
+    object=$(object_of "$unit")
     compile "$name" "$unit" "$work/$unit.o"
     diff <(computes "$object") <(computes "$work/$unit.o") >"$work/difference" ||
       fail "$name: $unit is compiled to something else: $(head -5 "$work/difference")"
@@ -48,7 +51,6 @@ gcc -ffast-math -shared -fPIC "$source/core/xfmcore.c" -o "$work/faulty.so"
 
 # It can fail: behind the kernels' own flags, -ffast-math shows.
 compile fast pgendct4_32fg9.cpp "$work/faulty.o" -ffast-math -fassociative-math -fno-signed-zeros -fno-trapping-math
-if diff -q <(computes "$(find "$build" -path "*/CMakeFiles/*" -name pgendct4_32fg9.cpp.o | sort | head -1)") \
-  <(computes "$work/faulty.o") >/dev/null; then
+if diff -q <(computes "$(object_of pgendct4_32fg9.cpp)") <(computes "$work/faulty.o") >/dev/null; then
   fail "relaxed arithmetic is not seen"
 fi

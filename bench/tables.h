@@ -1,0 +1,27 @@
+// What the benchmarks know about kernels besides their time: bounds that stand here as tables, and what the build reported.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "generator/table.h"
+
+namespace xfm::bench {
+
+// A table that names its own columns: the first line that is neither empty nor begins with '#'.
+Table parse_table(const std::string& text, const std::string& name);
+
+// Cycles by kernel. The layouts share theirs (they differ in a store or two of the smallest lengths).
+using Cycles = std::map<std::string, double>;
+
+Cycles floors();       // lower bound of the base's plan in its working form
+Cycles chains();       // longest chain of dependent operations
+Table hadamard_floors();
+
+// Of the build this program stands in; empty elsewhere. For which the generated body of a complex kernel keeps the busiest
+// port, and the audit's account of compiled bodies by function (of a kernel with two bodies the first).
+Cycles ports();
+std::map<std::string, TableRow> bodies();
+
+}  // namespace xfm::bench

@@ -1,8 +1,0 @@
-if(FFTW3 AND FFTW3F)
-  add_executable(bench_wht bench_wht.cpp wht_rivals.cpp harness.cpp)
-  target_compile_options(bench_wht PRIVATE -O3 -mavx -ffp-contract=off -Wall -Wextra -Wno-restrict)
-  target_compile_definitions(bench_wht PRIVATE XFM_WHT_FLOORS="${CMAKE_CURRENT_SOURCE_DIR}/wht_floors.tsv")
-  target_link_libraries(bench_wht PRIVATE xfm_generator xfmgene9 xfmcorex64 ${FFTW3} ${FFTW3F})
-else()
-  message(STATUS "FFTW was not found: bench_wht is left out.")
-endif()

@@ -1,0 +1,12 @@
+# What the tool and the demo stand on: options, drawing, results, sound. Without one of them they are left out.
+find_package(CLI11 QUIET)
+find_package(nlohmann_json QUIET)
+find_package(PkgConfig QUIET)
+if(PkgConfig_FOUND)
+  pkg_check_modules(CAIRO QUIET IMPORTED_TARGET cairo)
+  pkg_check_modules(SNDFILE QUIET IMPORTED_TARGET sndfile>=1.1)
+endif()
+if(NOT (CLI11_FOUND AND nlohmann_json_FOUND AND CAIRO_FOUND AND SNDFILE_FOUND))
+  message(WARNING "The tool, the demo and the benchmarks are left out: they need the packages that scripts/packages-tool names.")
+  set(XFM_TOOL OFF)
+endif()

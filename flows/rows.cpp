@@ -1,0 +1,62 @@
+#include "flows/rows.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "flows/numbers.h"
+
+namespace xfm {
+
+Plan plan_in(const TableRow& row, std::string_view column, int length, const PlanBlocks& blocks) {
+  Plan plan = in_row(row, [&] { return parse_plan(row[column], blocks); });
+  if (length && plan.length != length) row.fail("plan '" + row[column] + "' has length " + std::to_string(plan.length));
+  return plan;
+}
+
+void check_blocks(const TableRow& row, const Plan& plan, int largest_butterfly) {
+  for (const Plan* leaf : leaves(plan)) {
+    if (leaf->kind != Plan::Kind::Block || !leaf->name.empty()) continue;
+    const int n = leaf->length;
+    const bool butterfly = n <= largest_butterfly && std::has_single_bit(static_cast<unsigned>(n));
+    if (!butterfly && !(n > 2 && is_prime(n))) row.fail("no block has the length " + std::to_string(n));
+  }
+}
+
+StatedCount stated_count(const TableRow& row, const std::string& column) {
+  const int reference = row.integer(column);
+  const std::string built = "built " + column;
+  if (!row.has(built) || departure_reason(row).empty()) return {reference, reference};
+  const StatedCount stated{reference, row.integer(built)};
+  if (stated.built > reference + reference / 100) row.fail("the built counts exceed the reference by more than a hundredth");
+  return stated;
+}
+
+std::string departure_reason(const TableRow& row) {
+  const bool departs = row["built A"] != "-" || row["built M"] != "-";
+  const bool told = !row["reason"].empty() && row["reason"] != "-";
+  if (departs && !told) row.fail("a departure from the reference counts needs its reason");
+  return told ? row["reason"] : "";
+}
+
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly) {
+  PlanBlocks blocks;
+  const Table table = Table::read(file, {"Name", "Plan"});
+  for (const TableRow& row : table.rows()) {
+    Plan plan = plan_in(row, "Plan", 0, blocks);
+    check_blocks(row, plan, largest_butterfly);
+    in_row(row, [&] { define_block(blocks, row["Name"], std::move(plan)); });
+  }
+  return blocks;
+}
+
+void define_block(PlanBlocks& blocks, const std::string& name, Plan plan) {
+  const std::string length = std::to_string(plan.length);
+  const auto small = [](char c) { return c >= 'a' && c <= 'z'; };
+  if (name.empty() || name[0] < 'A' || name[0] > 'Z' || name.compare(1, length.size(), length) != 0 ||
+      !std::all_of(name.begin() + 1 + length.size(), name.end(), small))
+    throw InputError("'" + name + "' is no name of a block of length " + length);
+  plan.name = name;
+  if (!blocks.emplace(name, std::move(plan)).second) throw InputError("a second block of the name " + name);
+}
+
+}  // namespace xfm

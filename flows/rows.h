@@ -1,0 +1,44 @@
+// What the rows of all plan tables have in common: plans as cells, named blocks, reference counts and departures from them.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "flows/plan.h"
+#include "generator/check.h"
+#include "generator/passes.h"
+#include "generator/table.h"
+
+namespace xfm {
+
+// A count that the table's reference gives and the one that is built: the same, unless the table has a column
+// "built ..." for it and the row states another there, with its reason. A departure goes up by at most a hundredth.
+struct StatedCount {
+  int reference, built;
+};
+StatedCount stated_count(const TableRow& row, const std::string& column);
+// Why a row departs from its reference; empty where it does not.
+std::string departure_reason(const TableRow& row);
+
+// Runs `read`; bad input that it finds is reported in this row.
+template <class Read>
+auto in_row(const TableRow& row, Read read) {
+  try {
+    return read();
+  } catch (const InputError& error) {
+    row.fail(error.what());
+  }
+}
+
+// The plan in a cell, of the length that is asked for; 0 stands for any.
+Plan plan_in(const TableRow& row, std::string_view column, int length, const PlanBlocks& blocks = {});
+// Whether a block of a plan has a form: a butterfly of up to so many points, or an odd prime.
+void check_blocks(const TableRow& row, const Plan& plan, int largest_butterfly);
+
+// The blocks of a table of names and plans, each of which may use those above it.
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly);
+// Gives a plan a name: a capital letter and its length, then small letters or nothing. Throws InputError.
+void define_block(PlanBlocks& blocks, const std::string& name, Plan plan);
+
+}  // namespace xfm
