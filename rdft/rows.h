@@ -21,7 +21,7 @@ struct Row {
 // The file of plans/ that a family is made from.
 std::string table_name(Family family);
 
-// Lengths 2 to 64 in order. Reads the family's table and real_blocks.tsv in the directory.
+// A row for each length that functions.tsv has, in order. Reads the tables in the directory.
 std::vector<Row> read_rows(const std::filesystem::path& plans, Family family);
 
 }  // namespace xfm::rdft
