@@ -59,13 +59,18 @@ KernelPlan plan_of(const TableRow& row) {
   if (length < 2 || (length & (length - 1)) != 0) row.fail("length: not a power of two from 2 on");
   if (kind == KernelKind::Straight ? columns < 1 || length % (2 * columns) != 0 : row["columns"] != "-")
     row.fail("columns: a straight kernel has some, in pairs of rows");
-  if (row["fold"] != "-" && row["fold"] != "parts") row.fail("fold: \"" + row["fold"] + "\" is neither parts nor -");
+  const auto marked = [&](const char* column, const char* mark) {
+    if (row[column] != "-" && row[column] != mark) row.fail(std::string(column) + ": \"" + row[column] + "\" is neither " + mark + " nor -");
+    return row[column] == mark;
+  };
+  if (row["stores"] != "-" && kind != KernelKind::Forward) row.fail("stores: only a forward kernel has this order");
   return {.kind = kind,
           .length = length,
           .columns = columns,
           .splits = splits_of(row, "splits", split_length(kind, length, columns)),
           .group_splits = splits_of(row, "group_splits", std::max(columns, 1)),
-          .fold_parts = row["fold"] == "parts",
+          .fold_parts = marked("fold", "parts"),
+          .finished_order = marked("stores", "finished"),
           .multiplications = row.integer("multiplications"),
           .additions = row.integer("additions"),
           .row = row};
@@ -77,7 +82,7 @@ std::string KernelPlan::name() const { return (whole() ? "straight" : row["kerne
 
 std::vector<KernelPlan> read_kernel_plans(const std::filesystem::path& path, const std::string& type) {
   const Table table = Table::read(path, {"kernel", "length", "types", "columns", "splits", "group_splits", "fold",
-                                         "multiplications", "additions"});
+                                         "stores", "multiplications", "additions"});
   std::vector<KernelPlan> plans;
   std::set<std::string> names;
   for (const TableRow& row : table.rows()) {

@@ -20,6 +20,7 @@ struct KernelPlan {
   int columns;               // of a straight kernel, else 0
   Splits splits, group_splits;
   bool fold_parts;           // the outermost split takes the conjugations of its parts into its own constants and sums
+  bool finished_order;       // of the stores
   int multiplications, additions;
   TableRow row;              // where it comes from
 

@@ -1,5 +1,8 @@
 #include "dct4/kernels.h"
 
+#include <algorithm>
+#include <numeric>
+
 #include "dct4/column_order.h"
 #include "dct4/flows.h"
 #include "generator/check.h"
@@ -24,6 +27,36 @@ int place(std::vector<std::string>& arrays, const std::string& expression) {
   return static_cast<int>(arrays.size()) - 1;
 }
 
+// Bins of a forward transform in the order of their stores. Where the plan has them as the outermost split finishes them:
+// for h = 0, 1, ... those of F(0) and F(d'/2), then of F(1) and F(d'/2 + 1) and so on, the second of each two conjugated.
+std::vector<int> order_of_bins(const KernelPlan& plan) {
+  std::vector<int> in_rows(plan.length / 2);
+  std::iota(in_rows.begin(), in_rows.end(), 0);
+  if (!plan.finished_order) return in_rows;
+  const int m2 = plan.length / plan.splits[0], part = m2 / 2, parts = plan.splits[0] / 2;
+  std::vector<int> bins;
+  for (int h = 0; h < part; ++h)
+    for (int f = 0; f < parts; ++f) bins.insert(bins.end(), {h + m2 * f, m2 * (parts - f) - 1 - h});
+  return bins;
+}
+
+// Lines of a body with its stores moved back until they stand in the program's order.
+std::vector<std::string> in_order_of_stores(const std::vector<std::string>& lines, const StageKernel& k) {
+  std::vector<std::string> result, waiting(k.targets.size());
+  size_t next = 0;
+  for (const std::string& line : lines) {
+    const auto at = std::ranges::find_if(k.targets, [&](const std::string& t) { return line.find("store(" + t) != std::string::npos; });
+    if (at == k.targets.end()) {
+      result.push_back(line);
+      continue;
+    }
+    waiting[at - k.targets.begin()] = line;
+    for (; next < waiting.size() && !waiting[next].empty(); ++next) result.push_back(waiting[next]);
+  }
+  check(next == waiting.size(), "every store is written");
+  return result;
+}
+
 // Forward kernel on V columns: D[t] is read upward for t >= 0, downward for the others, the last one negated; bin g goes
 // to the rows 2g and 2g+1.
 StageKernel forward_kernel(const KernelPlan& plan, bool single) {
@@ -44,7 +77,7 @@ StageKernel forward_kernel(const KernelPlan& plan, bool single) {
     return Value{known};
   };
   const std::vector<Complex> z = forward(k.net, plan.splits, d, plan.fold_parts);
-  for (int g = 0; g < length / 2; ++g) {
+  for (const int g : order_of_bins(plan)) {
     k.net.store(z[g].re, place(k.targets, "(y + " + number(2 * g) + " * stride)"), 0);
     k.net.store(z[g].im, place(k.targets, "(y + " + number(2 * g + 1) + " * stride)"), 0);
   }
@@ -211,7 +244,9 @@ std::string kernel_text(const StageKernel& k, const std::string& type) {
   if (!k.net.program().pool().empty()) text += pool_text(k.net.program(), pool, type == "32f", {}, 1);
   text += "template <>\n[[gnu::always_inline]] inline void Kernels<Precision>::" + name + "(" + k.parameters + ") {\n";
   for (const std::string& line : k.prelude) text += "  " + line + "\n";
-  for (const std::string& line : body_text(scheduled(k.net.program()), names)) text += "  " + line + "\n";
+  std::vector<std::string> body = body_text(scheduled(k.net.program()), names);
+  if (k.plan.finished_order) body = in_order_of_stores(body, k);
+  for (const std::string& line : body) text += "  " + line + "\n";
   return text + "}\n\n";
 }
 

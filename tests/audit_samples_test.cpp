@@ -1,6 +1,7 @@
 // Every faulty sample must give exactly the findings written at its head, the sound one none; and every rule must be
 // seen to speak by some sample.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -160,7 +161,7 @@ TEST(AuditRules, EverySentenceIsSeen) {
 }
 
 TEST(AuditTables, RefuseWhatTheyCannotRead) {
-  const auto path = testing::TempDir() + "/audit_counts.tsv";
+  const auto path = testing::TempDir() + "/audit_counts." + std::to_string(getpid()) + ".tsv";
   const auto reason = [&](const std::string& text, const std::string& choice = "") -> std::string {
     std::ofstream(path) << text;
     try {
@@ -194,7 +195,7 @@ TEST(AuditTables, TellWhatATargetMayBeMadeOf) {
 TEST(AuditImage, RefusesWhatIsNoSharedObject) {
   EXPECT_THROW(ElfImage("/nonexistent"), BadImage);
   EXPECT_THROW(ElfImage(std::string(XFM_AUDIT_SAMPLE_SOURCES) + "/good.S"), BadImage);
-  const auto cut = testing::TempDir() + "/audit_cut.so";
+  const auto cut = testing::TempDir() + "/audit_cut." + std::to_string(getpid()) + ".so";
   fs::copy_file(std::string(XFM_AUDIT_SAMPLE_OBJECTS) + "/libsample_good.so", cut,
                 fs::copy_options::overwrite_existing);
   fs::resize_file(cut, fs::file_size(cut) / 2);

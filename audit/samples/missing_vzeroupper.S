@@ -1,5 +1,5 @@
 /* 256-bit work left with dirty upper halves.
-   expects: zero-upper xfmgDFTFwd_CToC_20_64fc
+   expects: zero-upper xfmgDFTFwd_CToC_20_64fc before the return
 */
 #include "pieces.inc"
 #define CLEAN

@@ -188,7 +188,7 @@ std::string caught_by(const Options& options, const Copy& copy, const std::strin
   if (copy.inside("cmake --build " + build + " -j 1 --target " + targets) != 0)
     return "the build: " + line_with(copy.log(), "error|refused|: .*:[0-9]+: |instead of|cannot");
   if (copy.inside("ctest --test-dir " + build + " --no-tests=error --timeout 600 -LE faults -R " + quoted(tests)) != 0)
-    return line_with(copy.log(), R"(^\s+[0-9]+ - (\S+) \()");
+    return line_with(copy.log(), R"(^\s+[0-9]+ - (\S+).*\()");
   return "";
 }
 
