@@ -31,6 +31,9 @@ struct BlockForms {
     if (found != special.end()) return first_stage ? found->second.first_stage : found->second.other;
     return prime <= 11 ? BlockForm::Direct : BlockForm::RealLane;
   }
+  bool differ() const {
+    return std::any_of(special.begin(), special.end(), [](const auto& entry) { return entry.second.first_stage != entry.second.other; });
+  }
   bool any(BlockForm form) const {
     return std::any_of(special.begin(), special.end(), [&](const auto& entry) {
       return entry.second.first_stage == form || entry.second.other == form;

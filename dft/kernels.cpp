@@ -101,6 +101,8 @@ ComplexBody complex_body(const ComplexTables& tables, int precision, int length,
   return bodies.size() == 1 ? bodies[0] : least(bodies, promise);
 }
 
+bool widens_products(int precision, int length) { return candidates(precision, length, Flow::Complex)[0].form == Form::Scalar; }
+
 std::string describe(const ComplexBody& body) {
   const std::string stages = body.placement == Placement::Flattened ? ", stages apart" : "";
   switch (body.form) {

@@ -32,4 +32,8 @@ ComplexBody complex_body(const ComplexTables& tables, int precision, int length,
 
 std::string describe(const ComplexBody& body);
 
+// Whether products of a kernel, and the sums they stand in, are made in double and rounded once, though it is in single
+// precision: so the scalar kernels, but for those that have no product at all.
+bool widens_products(int precision, int length);
+
 }  // namespace xfm

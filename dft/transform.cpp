@@ -6,6 +6,7 @@
 #include <numeric>
 #include <span>
 
+#include "dft/lane_factors.h"
 #include "generator/check.h"
 #include "generator/passes.h"
 
@@ -30,7 +31,7 @@ class Builder {
     made.outputs = transform(x);
     std::vector<Ref> refs;
     for (const Point& p : made.outputs) refs.push_back(p.ref);
-    made.graph = merge_constants(g_, refs);
+    made.graph = turn_products(merge_constants(g_, refs), refs);
     for (size_t k = 0; k < refs.size(); ++k) made.outputs[k].ref = refs[k];
     return made;
   }
@@ -41,7 +42,7 @@ class Builder {
       case ComplexPlan::Method::Linked:
         if (plan_.flow == Flow::Half)
           return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
-        return linked(plan_.plan, {x}, sign_, true)[0];
+        return linked(plan_.plan, {x}, sign_, First::All)[0];
       case ComplexPlan::Method::Direct:
         return alone(x, [&](const std::vector<Ref>& in) { return half_spectrum_block(g_, {Plan::Kind::Block, plan_.length}, in, sign_); });
       case ComplexPlan::Method::RealLane:
@@ -68,6 +69,8 @@ class Builder {
   // A vector of up to `lanes` points. Cells of the source become one load; the missing lanes are empty.
   Ref gather(Points points) {
     points.resize(g_.lanes(), {{}, kAnyLane});
+    for (Point& p : points)
+      if (!p.ref && !is_cell(p)) p.lane = kAnyLane;
     if (std::any_of(points.begin(), points.end(), is_cell)) {
       std::vector<int> cells;
       for (const Point& p : points) cells.push_back(is_cell(p) ? p.lane : -1);
@@ -88,6 +91,12 @@ class Builder {
     return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
   }
 
+  // The vector of which a vector is a product.
+  int source(Ref r) const {
+    const auto found = multiplied_.find(r.node);
+    return found == multiplied_.end() ? r.node : found->second;
+  }
+
   // An order of instances in which those that fill both lanes of the same vectors already are neighbours.
   std::vector<size_t> side_by_side(const std::vector<Points>& instances) const {
     std::vector<size_t> order(instances.size());
@@ -96,7 +105,7 @@ class Builder {
     const auto together = [&](size_t low, size_t high) {
       for (size_t n = 0; n < instances[low].size(); ++n) {
         const Point &a = instances[low][n], &b = instances[high][n];
-        if (!a.ref || !(a.ref == b.ref) || a.lane != 0 || b.lane != 1) return false;
+        if (!a.ref || !b.ref || source(a.ref) != source(b.ref) || a.lane != 0 || b.lane != 1) return false;
       }
       return true;
     };
@@ -115,25 +124,42 @@ class Builder {
     return pairs;
   }
 
-  // Instances of a block, `lanes` to a vector.
+  // Instances of a block, `lanes` to a vector. Those that lack points have fewer operations, so a vector holds only such as
+  // lack the same; each stands on the lane that it would have among the others.
   std::vector<Points> blocks(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
     std::vector<Points> outputs(instances.size());
     const std::vector<size_t> order = side_by_side(instances);
     for (size_t start = 0; start < instances.size(); start += g_.lanes()) {
-      const std::span lanes(order.begin() + start, std::min<size_t>(g_.lanes(), instances.size() - start));
-      std::vector<Ref> in;
-      for (int n = 0; n < plan.length; ++n) in.push_back(gather_point(instances, lanes, n));
-      const bool has_first = std::find(lanes.begin(), lanes.end(), 0) != lanes.end();
-      const std::vector<Ref> out = block(plan, in, sign, first == First::All || (first == First::One && has_first));
-      for (size_t l = 0; l < lanes.size(); ++l)
-        for (Ref r : out) outputs[lanes[l]].push_back({r, static_cast<int>(l)});
+      std::map<std::pair<bool, std::vector<bool>>, std::vector<int>> alike;  // by form and missing points: the lanes
+      for (size_t l = 0; l < static_cast<size_t>(g_.lanes()) && start + l < instances.size(); ++l) {
+        const size_t i = order[start + l];
+        const bool of_first_form = first == First::All || (first == First::One && i == 0 && plan_.forms.differ());
+        alike[{of_first_form, missing(instances[i])}].push_back(static_cast<int>(l));
+      }
+      for (const auto& [form, lanes] : alike) {
+        std::vector<Ref> in;
+        for (int n = 0; n < plan.length; ++n) {
+          Points row(g_.lanes(), {{}, kAnyLane});
+          for (int l : lanes) row[l] = instances[order[start + l]][n];
+          in.push_back(gather(std::move(row)));
+        }
+        const std::vector<Ref> out = block(plan, in, sign, form.first);
+        for (int l : lanes)
+          for (Ref r : out) outputs[order[start + l]].push_back({r, l});
+      }
     }
     return outputs;
   }
 
+  static std::vector<bool> missing(const Points& points) {
+    std::vector<bool> lacks;
+    for (const Point& p : points) lacks.push_back(!p.ref && !is_cell(p));
+    return lacks;
+  }
+
   // A link at the outermost level of lanes, for several instances at once.
-  std::vector<Points> linked(const Plan& plan, const std::vector<Points>& instances, int sign, bool first_stage) {
-    if (!plan.link()) return blocks(plan, instances, sign, first_stage ? First::All : First::None);
+  std::vector<Points> linked(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
+    if (!plan.link()) return blocks(plan, instances, sign, first);
     const LinkMap map(plan);
     const int count = static_cast<int>(instances.size());
     std::vector<Points> in;
@@ -142,7 +168,7 @@ class Builder {
         in.emplace_back();
         for (int i = 0; i < map.a; ++i) in.back().push_back(instances[m][map.input(i, j)]);
       }
-    std::vector<Points> u = inner(plan.first(), in, sign, first_stage ? First::All : First::None);
+    std::vector<Points> u = inner(plan.first(), in, sign, first);
 
     std::vector<Points> rows;
     for (int m = 0; m < count; ++m)
@@ -153,7 +179,7 @@ class Builder {
     const auto groups = [&](int n) { return (n + g_.lanes() - 1) / g_.lanes(); };
     const bool before_regrouping = (map.a - 1) * groups(count * map.b) < (map.b - 1) * groups(count * map.a);
     if (map.twiddles) twiddle(rows, map, sign, before_regrouping);
-    const std::vector<Points> z = inner(plan.second(), rows, sign, first_stage ? First::One : First::None);
+    const std::vector<Points> z = inner(plan.second(), rows, sign, first == First::All ? First::One : First::None);
 
     std::vector<Points> y;
     for (int m = 0; m < count; ++m) {
@@ -165,7 +191,7 @@ class Builder {
   }
 
   std::vector<Points> inner(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
-    return placement_ == Placement::Flattened ? linked(plan, instances, sign, first == First::All)
+    return placement_ == Placement::Flattened ? linked(plan, instances, sign, first)
                                               : blocks(plan, instances, sign, first);
   }
 
@@ -178,65 +204,79 @@ class Builder {
         const std::span lanes(order.begin() + start, std::min<size_t>(g_.lanes(), rows.size() - start));
         for (int j = 0; j < map.b; ++j) {
           const Ref v = gather_point(rows, lanes, j);
-          for (size_t l = 0; l < lanes.size(); ++l) rows[lanes[l]][j] = {v, static_cast<int>(l)};
+          for (size_t l = 0; l < lanes.size(); ++l)
+            if (rows[lanes[l]][j].ref) rows[lanes[l]][j] = {v, static_cast<int>(l)};
         }
       }
     }
-    std::map<int, std::vector<std::pair<Point*, int>>> held;  // by node: its points and their exponents
+    std::vector<Point*> points;
+    std::vector<Factor> factors;
     for (size_t r = 0; r < rows.size(); ++r)
       for (int j = 0; j < map.b; ++j) {
-        Point& p = rows[r][j];
-        if (p.ref) held[p.ref.node].emplace_back(&p, sign * j * static_cast<int>(r % map.a));
+        points.push_back(&rows[r][j]);
+        factors.push_back(Factor::root(sign * j * static_cast<int>(r % map.a), map.length()));
       }
-    for (auto& [node, points] : held) {
-      Angles angles{std::vector<int>(g_.lanes()), map.length()};
-      std::vector<char> used(g_.lanes());
-      for (const auto& [p, e] : points) {
-        angles.num[p->lane] = e;
-        used[p->lane] = 1;
-      }
-      for (int l = 0; l < g_.lanes(); ++l)
-        if (!used[l]) angles.num[l] = points[0].second;
-      for (auto& [p, e] : points) p->ref = twiddled_lanes(g_, p->ref, angles);
+    multiply(points, factors);
+  }
+
+  // Every vector that holds some of the points times a factor for each of them.
+  void multiply(const std::vector<Point*>& points, const std::vector<Factor>& factors) {
+    struct Vector {
+      Ref ref;
+      std::vector<std::optional<Factor>> factors;
+      std::vector<Point*> points;
+    };
+    std::vector<Vector> vectors;
+    for (size_t i = 0; i < points.size(); ++i) {
+      const Point& p = *points[i];
+      if (!p.ref) continue;
+      auto v = std::find_if(vectors.begin(), vectors.end(), [&](const Vector& held) {
+        return held.ref == p.ref && (!held.factors[p.lane] || *held.factors[p.lane] == factors[i]);
+      });
+      if (v == vectors.end()) v = vectors.insert(v, {p.ref, std::vector<std::optional<Factor>>(g_.lanes()), {}});
+      v->factors[p.lane] = factors[i];
+      v->points.push_back(points[i]);
+    }
+    for (const Vector& v : vectors) {
+      std::vector<Ref> products = times_lanes(g_, v.ref, v.factors);
+      if (g_.lanes() > 2) products = in_one(products);
+      for (Point* p : v.points) p->ref = products[p->lane];
+      for (Ref product : products)
+        if (product && product.node != v.ref.node) multiplied_.emplace(product.node, source(v.ref));
     }
   }
 
-  // Every vector that holds some of the points times a constant for each of them.
   void multiply(Points& points, const std::vector<ComplexNumber>& constants) {
-    std::map<std::pair<int, int>, std::vector<int>> held;
-    for (size_t j = 0; j < points.size(); ++j)
-      if (points[j].ref) held[{points[j].ref.node, points[j].ref.turn}].push_back(static_cast<int>(j));
-    for (const auto& [ref, bins] : held) {
-      std::vector<Real> c(g_.lanes()), s(g_.lanes());
-      for (int j : bins) {
-        c[points[j].lane] = constants[j].re;
-        s[points[j].lane] = constants[j].im;
-      }
-      const Ref product = Physical{g_}.times(points[bins[0]].ref, Coef(c), Coef(s));
-      for (int j : bins) points[j].ref = product;
+    std::vector<Point*> all;
+    std::vector<Factor> factors;
+    for (size_t j = 0; j < points.size(); ++j) {
+      all.push_back(&points[j]);
+      factors.push_back(Factor::constant(constants[j]));
     }
+    multiply(all, factors);
   }
 
-  // A point of the source on a given lane, all others empty.
-  Ref on_lane(const Point& cell, int lane) {
-    Points points(g_.lanes());
-    points[lane] = cell;
-    return gather(std::move(points));
+  // One vector of the lanes of several: shuffles of more than two lanes share their first steps where they take vectors whole.
+  std::vector<Ref> in_one(const std::vector<Ref>& by_lane) {
+    Points points;
+    for (int l = 0; l < g_.lanes(); ++l) points.push_back(by_lane[l] ? Point{by_lane[l], l} : Point{{}, kAnyLane});
+    return std::vector<Ref>(by_lane.size(), g_.regroup(points));
   }
 
   Points rader(const Points& x) {
     const int p = plan_.length, root = primitive_root(p), length = p - 1;
     Points in;
     for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, p)]);
-    Points bins = linked(plan_.plan, {in}, -1, false)[0];
+    Points bins = linked(plan_.plan, {in}, -1, First::None)[0];
     Points y(p);
-    y[0] = {g_.add(on_lane(x[0], bins[0].lane), bins[0].ref), bins[0].lane};
+    const int lane = bins[0].lane;
+    Points alone(g_.lanes(), {{}, kAnyLane});
+    alone[lane] = x[0];
+    const Ref first = gather(std::move(alone));
+    y[0] = {g_.add(first, bins[0].ref), lane};
     multiply(bins, rader_spectrum(p, root, sign_));
-    const int dc = bins[0].ref.node;
-    const Ref fed = g_.add(on_lane(x[0], bins[0].lane), bins[0].ref);
-    for (Point& b : bins)
-      if (b.ref.node == dc) b.ref = fed;
-    const Points c = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
+    bins[0].ref = g_.add(first, bins[0].ref);
+    const Points c = linked(mirrored(plan_.plan), {bins}, +1, First::None)[0];
     const int inverse_root = power_mod(root, p - 2, p);
     for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
     return y;
@@ -251,7 +291,7 @@ class Builder {
     };
     Points z(t);
     chirped_input(x, z, [&](int n) { return chirp(n, sign_); });
-    Points bins = linked(plan_.plan, {z}, -1, false)[0];
+    Points bins = linked(plan_.plan, {z}, -1, First::None)[0];
     std::vector<ComplexNumber> spectrum(t);
     for (int j = 0; j < t; ++j) {
       ComplexNumber d{1, 0};
@@ -264,7 +304,7 @@ class Builder {
       spectrum[j] = {d.re / t, d.im / t};
     }
     multiply(bins, spectrum);
-    Points r = linked(mirrored(plan_.plan), {bins}, +1, false)[0];
+    Points r = linked(mirrored(plan_.plan), {bins}, +1, First::None)[0];
     r.resize(p);
     std::vector<ComplexNumber> last;
     for (int k = 0; k < p; ++k) last.push_back(chirp(k, sign_));
@@ -287,8 +327,7 @@ class Builder {
         constants.push_back(chirp(start + static_cast<int>(l)));
       }
       multiply(held, constants);
-      // The lanes behind the data are zero in the vector already.
-      for (int l = 0; l < lanes; ++l) z[start + l] = {held[0].ref, l};
+      for (size_t l = 0; l < held.size(); ++l) z[start + l] = held[l];
     }
   }
 
@@ -297,6 +336,7 @@ class Builder {
   const int sign_;
   const Placement placement_;
   Graph g_;
+  std::map<int, int> multiplied_;  // vectors made by `multiply`, and what of
 };
 
 }  // namespace

@@ -35,18 +35,6 @@ LinkMap::LinkMap(const Plan& plan, bool centred_bins)
       element_inverse(inverse_mod(element, a)),
       row_inverse(inverse_mod(row, b)) {}
 
-Ref twiddled_lanes(Graph& g, Ref a, const Angles& angles) {
-  bool alike = true;
-  for (int n : angles.num) alike = alike && (n - angles.num[0]) % angles.den == 0;
-  if (alike) return twiddled(Physical{g}, a, angles.num[0], angles.den);
-  std::vector<Real> c, s;
-  for (int n : angles.num) {
-    c.push_back(cos_turn(n, angles.den));
-    s.push_back(sin_turn(n, angles.den));
-  }
-  return Physical{g}.times(a, Coef(c), Coef(s));
-}
-
 std::vector<ComplexNumber> rader_spectrum(int prime, int root, int sign) {
   const int length = prime - 1, inverse_root = inverse_mod(root, prime);
   std::vector<ComplexNumber> spectrum(length);

@@ -43,7 +43,11 @@ struct Physical {
   Ref sub(Ref a, Ref b) const { return g.sub(a, b); }
   Ref turned(Ref a, int quarters) const { return a.turned(quarters); }
   Ref times(Ref a, const Coef& c, const Coef& s) const { return g.lin({{c, a}, {s, a.turned(1)}}); }
-  Ref eighths(Ref a, int odd) const { return g.scale(square_root(Real(0.5)), add(a, a.turned(1))).turned(odd / 2); }
+  // By an odd number of eighth turns: sqrt(1/2) times the sum and the difference of the components.
+  Ref eighths(Ref a, int odd) const {
+    const Ref sum = g.add(a, a.turned(odd % 4 == 1 ? 1 : 3));
+    return g.scale(odd == 1 || odd == 7 ? square_root(Real(0.5)) : -square_root(Real(0.5)), sum);
+  }
   bool centred() const { return false; }
   // A function of lists of references applied to both components of complex values.
   template <class F>
@@ -110,14 +114,6 @@ typename A::Value twiddled(const A& alg, typename A::Value a, long long num, lon
   if (8 * num % den == 0) return alg.eighths(a, static_cast<int>(8 * num / den));
   return alg.times(a, cos_turn(num, den), sin_turn(num, den));
 }
-
-// num/den of a full turn for every lane of a vector value.
-struct Angles {
-  std::vector<int> num;
-  int den = 1;
-};
-// The same with an angle for each lane; lanes that need no product take part in those of the others.
-Ref twiddled_lanes(Graph& g, Ref a, const Angles& angles);
 
 template <class A>
 std::vector<typename A::Value> two_point(const A& alg, std::span<const typename A::Value> x) {

@@ -13,43 +13,56 @@ std::vector<Ref> summands(const Graph& g, Ref r) {
   if (!r || g[r.node].kind != Node::Kind::Sum || g[r.node].terms.size() != 2) return {};
   for (const Term& t : g[r.node].terms) {
     if (!t.coef.unit()) return {};
-    refs.push_back(t.ref.turned(r.turn));
+    refs.push_back(t.ref);
   }
   if (refs[0].node > refs[1].node) std::swap(refs[0], refs[1]);
   return refs;
 }
 
-bool loaded(const Graph& g, const std::vector<Ref>& refs) {
-  return !refs.empty() && std::all_of(refs.begin(), refs.end(), [&](Ref r) { return g[r.node].kind == Node::Kind::Input; });
+// A sum or difference of two inputs, and how it is turned in the end.
+struct InputSum {
+  Ref a, b;
+  int turn;
+};
+
+std::optional<InputSum> input_sum(const Graph& g, Ref r) {
+  const std::vector<Ref> refs = summands(g, r);
+  if (refs.empty()) return {};
+  for (Ref operand : refs)
+    if (g[operand.node].kind != Node::Kind::Input || operand.turn % 2) return {};
+  return InputSum{refs[0], refs[1], r.turn};
 }
 
-// The pairs of inputs that a butterfly's result adds up: one, or two in order of their first inputs.
-std::vector<std::vector<Ref>> pairs_of(const Graph& g, Ref result) {
+// The sums of inputs that a butterfly's result adds up: one, or two in order of their first inputs.
+std::vector<InputSum> input_sums(const Graph& g, Ref result) {
+  if (const auto one = input_sum(g, result)) return {*one};
   const std::vector<Ref> parts = summands(g, result);
-  if (parts.empty()) return {};
-  if (loaded(g, parts)) return {parts};
-  std::vector<std::vector<Ref>> pairs = {summands(g, parts[0]), summands(g, parts[1])};
-  if (!loaded(g, pairs[0]) || !loaded(g, pairs[1])) return {};
-  if (pairs[0][0].node > pairs[1][0].node) std::swap(pairs[0], pairs[1]);
-  return pairs;
+  if (parts.empty() || result.turn) return {};
+  const auto first = input_sum(g, parts[0]), second = input_sum(g, parts[1]);
+  if (!first || !second) return {};
+  return first->a.node < second->a.node ? std::vector{*first, *second} : std::vector{*second, *first};
 }
 
 std::optional<LoadedButterfly> loaded_butterfly(const Graph& g, const Node& n) {
   if (n.kind != Node::Kind::Regroup || n.points.size() != 2 || n.points[0].lane != n.points[1].lane) return {};
-  const auto low = pairs_of(g, n.points[0].ref), high = pairs_of(g, n.points[1].ref);
+  const int lane = n.points[0].lane;
+  if (lane == kAnyLane) return {};
+  const auto low = input_sums(g, n.points[0].ref), high = input_sums(g, n.points[1].ref);
   if (low.empty() || low.size() != high.size()) return {};
-  LoadedButterfly butterfly(low.size());
+  LoadedButterfly butterfly;
   bool gathered = false;
-  for (size_t p = 0; p < low.size(); ++p)
-    for (int k : {0, 1}) {
-      const Ref a = low[p][k], b = high[p][k];
-      const std::vector<int>& cells = g[a.node].cells;
-      const int cell = cells[n.points[0].lane];
+  for (size_t k = 0; k < low.size(); ++k) {
+    const auto point = [&](Ref in_low, Ref in_high) {
+      return LoadedPoint{g[in_low.node].cells[lane], {in_low.turn == 2, in_high.turn == 2}};
+    };
+    if (low[k].a.node != high[k].a.node || low[k].b.node != high[k].b.node) return {};
+    butterfly.push_back({{point(low[k].a, high[k].a), point(low[k].b, high[k].b)}, {low[k].turn, high[k].turn}});
+    for (Ref r : {low[k].a, low[k].b}) {
+      const std::vector<int>& cells = g[r.node].cells;
+      if (cells[lane] < 0) return {};
       gathered = gathered || cells[1] != cells[0] + 1;
-      // A quarter turn is made for both of a pair at once.
-      if (a.node != b.node || cell < 0 || (a.turn ^ low[p][0].turn) & 1 || (b.turn ^ high[p][0].turn) & 1) return {};
-      butterfly[p].push_back({cell, {a.turn, b.turn}});
     }
+  }
   if (!gathered) return {};  // whole registers are loaded at no cost
   return butterfly;
 }

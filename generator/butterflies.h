@@ -1,5 +1,5 @@
 // Radix-2 and radix-4 butterflies of loaded values, of which two results stand side by side in a register. Made on whole
-// registers they need a shuffle to load each of them and others to bring results of one butterfly together. With each
+// registers they need a shuffle to load each operand and others to bring results of one butterfly together. With each
 // operand loaded into both lanes, and signs by lane, they need none, or one for the quarter turns of a radix-4 butterfly:
 // (a + b, a - b) is (a, a) + (b, b) * (1, -1). The same sums are formed, so the results are the same.
 #pragma once
@@ -12,13 +12,17 @@
 
 namespace xfm {
 
-// A value of the source, times i^turn on each of two lanes.
+// A value of the source in both lanes, subtracted or not.
 struct LoadedPoint {
   int cell;
+  bool subtracted[2];
+};
+// The sum of two, turned by quarters in each lane.
+struct LoadedSum {
+  LoadedPoint points[2];
   int turn[2];
 };
-using LoadedPair = std::vector<LoadedPoint>;       // their sum
-using LoadedButterfly = std::vector<LoadedPair>;   // the sum of one or two such sums
+using LoadedButterfly = std::vector<LoadedSum>;  // one or the sum of two
 
 struct LoadedButterflies {
   std::map<int, LoadedButterfly> by_node;  // regrouped nodes

@@ -17,6 +17,8 @@ bool Coef::negative() const {
   return false;
 }
 
+bool Coef::unit_somewhere() const { return std::any_of(lanes_.begin(), lanes_.end(), is_unit); }
+
 std::vector<__int128> Coef::digits() const {
   std::vector<__int128> key;
   for (Real x : lanes_) {
@@ -102,7 +104,7 @@ Ref Graph::lin(std::span<const Term> given) {
   if (terms.size() == 1 && terms[0].coef.unit()) return terms[0].ref;
   const int first = terms[0].ref.turn;
   const bool alike = std::all_of(terms.begin(), terms.end(), [&](const Term& t) { return t.ref.turn == first; });
-  const int outer = alike ? first : 0;
+  const int outer = alike && first == 2 ? first : 0;
   for (Term& t : terms) t.ref = t.ref.turned(-outer);
 
   const auto key_of = [&](int turn) {

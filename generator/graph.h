@@ -3,7 +3,7 @@
 // A reference is i^turn times a node, so a value, its negative and its rotations by quarter turns are one node; real
 // flows use the turns 0 (plus) and 2 (minus) only. A node whose coefficients are all 1 is a chain of sums; any other is a
 // sum of products (in the single-precision real kernels that boundary is where a value is narrowed). Equal nodes are
-// one node; nothing is reassociated.
+// one node; nothing is reassociated. What the sum of a node is, to the last bit, is told in sums.h.
 //
 // A graph has a number of lanes. With one lane a node is one value. With more, a node is a vector of values that go
 // through the same operations with coefficients of their own, and `regroup` makes a vector out of lanes of others.
@@ -40,6 +40,7 @@ class Coef {
   bool uniform() const { return lanes_.size() == 1; }
   Real lane(int i) const { return lanes_[uniform() ? 0 : i]; }
   bool unit() const { return uniform() && is_unit(lanes_[0]); }
+  bool unit_somewhere() const;
   bool zero() const { return uniform() && is_zero(lanes_[0]); }
   // The lane that decides the sign of the whole, for a normal form up to sign.
   bool negative() const;
@@ -86,9 +87,8 @@ class Graph {
 
   Ref input(int cell) { return input(std::vector<int>{cell}); }
   Ref input(std::vector<int> cells);
-  // The combination of the terms. Positive first: a sum with a positive term is stored as it stands, one whose terms
-  // are all turned alike is stored unturned and the turn stays in the reference. A sum that was made before in another
-  // orientation is that node.
+  // The combination of the terms, stored as it stands, but for signs: of a sum whose terms are all subtracted the sign stays
+  // in the reference, and one that was made before with the other signs is that node.
   Ref lin(std::span<const Term> terms);
   Ref lin(std::initializer_list<Term> terms) { return lin(std::span(terms.begin(), terms.size())); }
   Ref add(Ref a, Ref b) { return lin({{1, a}, {1, b}}); }

@@ -1,8 +1,7 @@
 // The interleaved working forms: complex values side by side in a register, components as in memory.
 //
 // A quarter turn is an exchange of components and a sign. Products take it at the cost of the exchange (the sign is in the
-// constant); a sum a + i*b takes it as one alternating addition; other sums need the turned value itself. So each node is
-// held in the orientation, as it is or turned, that leaves the fewest of them.
+// constant); a sum a + i*b takes it as one alternating addition; other sums need the turned value itself.
 #include <algorithm>
 #include <map>
 
@@ -10,107 +9,32 @@
 #include "generator/check.h"
 #include "generator/lanes.h"
 #include "generator/passes.h"
+#include "generator/sums.h"
 
 namespace xfm {
 
 namespace {
 
-// Picks for every node whether it is held times i.
-class Orientation {
- public:
-  Orientation(const Graph& g, const std::vector<int>& live, std::span<const Point> outputs)
-      : g_(g), live_(live), odd_(g.size()), uses_(g.size()), fixed_(g.size()) {
-    for (int i : live)
-      for (const Term& t : g[i].terms) uses_[t.ref.node].push_back({i, t.ref.turn & 1, !t.coef.unit()});
-    for (int i : live) fixed_[i] = g[i].kind != Node::Kind::Sum;
-    for (int i : live)
-      for (const Point& p : g[i].points)
-        if (p.ref) pin(p.ref);
-    for (const Point& p : outputs) pin(p.ref);
-    start();
-    improve();
-  }
-
-  const std::vector<char>& odd() const { return odd_; }
-
- private:
-  struct Use {
-    int user;
-    int turn;  // odd or even
-    bool product;
-  };
-
-  void pin(Ref r) {
-    if (!fixed_[r.node]) odd_[r.node] = static_cast<char>(r.turn & 1);
-    fixed_[r.node] = 1;
-  }
-
-  // From the outputs back: a node whose sums all want it turned is held turned.
-  void start() {
-    for (auto i = live_.rbegin(); i != live_.rend(); ++i) {
-      if (fixed_[*i]) continue;
-      int sums = 0, turned = 0;
-      for (const Use& u : uses_[*i])
-        if (!u.product) ++sums, turned += u.turn ^ odd_[u.user];
-      odd_[*i] = sums > 0 && turned == sums;
-    }
-  }
-
-  // Exchanges and turned values that the uses of a node ask for.
-  int cost(int node) const {
-    bool exchanged = false, turned = false;
-    for (const Use& u : uses_[node]) {
-      if (!((u.turn ^ odd_[u.user] ^ odd_[node]) & 1)) continue;
-      exchanged = true;
-      turned = turned || !u.product;
-    }
-    return 2 * exchanged + 3 * turned;
-  }
-
-  int cost_around(int node) const {
-    int sum = cost(node);
-    for (const Term& t : g_[node].terms) sum += cost(t.ref.node);
-    return sum;
-  }
-
-  void improve() {
-    for (int round = 0; round < 4; ++round)
-      for (int i : live_) {
-        if (fixed_[i]) continue;
-        const int before = cost_around(i);
-        odd_[i] ^= 1;
-        if (cost_around(i) >= before) odd_[i] ^= 1;
-      }
-  }
-
-  const Graph& g_;
-  const std::vector<int>& live_;
-  std::vector<char> odd_;
-  std::vector<std::vector<Use>> uses_;
-  std::vector<char> fixed_;
-};
-
 class InterleavedLowering {
  public:
-  InterleavedLowering(const Graph& g, Type type) : g_(g), type_(type), held_(g.size()) {
+  InterleavedLowering(const Graph& g, Type type) : g_(g), type_(type), value_(g.size(), -1) {
     check(2 * g.lanes() == width(type), "complex values fill the register");
   }
 
   Program run(std::span<const Point> outputs) {
     const std::vector<int> live = live_nodes(g_, outputs);
-    const Orientation orientation(g_, live, outputs);
     LoadedButterflies butterflies{{}, std::vector<char>(g_.size())};
     if (type_ == Type::F32x4) butterflies = find_loaded_butterflies(g_, live, outputs);
     for (int i : live) {
       if (butterflies.spared[i]) continue;
       if (const auto b = butterflies.by_node.find(i); b != butterflies.by_node.end()) {
-        held_[i] = butterfly(b->second);
+        value_[i] = butterfly(b->second);
         continue;
       }
       switch (g_[i].kind) {
-        case Node::Kind::Input: held_[i] = {loaded(g_[i].cells), 0}; break;
-        case Node::Kind::Sum: held_[i] = sum(g_[i], orientation.odd()[i]); break;
-        case Node::Kind::Regroup: held_[i] = {regrouped(g_[i].points), 0}; break;
+        case Node::Kind::Input: value_[i] = loaded(g_[i].cells); break;
+        case Node::Kind::Sum: value_[i] = sum(g_[i]); break;
+        case Node::Kind::Regroup: value_[i] = regrouped(g_[i].points); break;
       }
     }
     store(outputs);
@@ -118,17 +42,16 @@ class InterleavedLowering {
   }
 
  private:
-  // The register holds i^turn times the node.
-  struct Held {
-    int value = -1;
-    int turn = 0;
+  // A sum in the making: i^turn times a register.
+  struct Summand {
+    int value;
+    int turn;
   };
 
   int emit(Op op, int a, int b = -1, int imm = 0) { return p_.emit({.op = op, .type = type_, .a = a, .b = b, .imm = imm}); }
   int zero() { return emit(Op::Zero, -1); }
   int exchanged(int v) { return emit(Op::Permute, v, -1, single_precision(type_) ? 0xB1 : type_ == Type::F64x4 ? 5 : 1); }
   int times_i(int v) {
-    if (width(type_) > 4 || type_ == Type::F64x4) return emit(Op::AddSub, zero(), exchanged(v));
     std::vector<Real> signs;
     for (int l = 0; l < g_.lanes(); ++l) signs.insert(signs.end(), {-1, 1});
     return emit(Op::Mul, exchanged(v), p_.constant(type_, signs));
@@ -145,40 +68,33 @@ class InterleavedLowering {
     return p_.constant(type_, lanes);
   }
 
-  Held sum(const Node& n, int held_turn) {
-    std::vector<Signed> plain;
-    std::vector<Held> turned;  // times +i or -i, still to be turned
+  int sum(const Node& n) {
+    std::vector<Summand> terms;
     for (const Term& t : n.terms) {
-      const Held& h = held_[t.ref.node];
-      const int turn = (held_turn + t.ref.turn - h.turn) & 3;
-      if (t.coef.unit() && turn % 2 == 1) {
-        turned.push_back({h.value, turn});
-      } else if (t.coef.unit()) {
-        plain.push_back({h.value, turn == 2});
-      } else {
-        plain.push_back(product(t.coef, h.value, turn));
-      }
+      const int value = value_[t.ref.node];
+      terms.push_back(t.coef.unit() ? Summand{value, t.ref.turn} : product(t.coef, value, t.ref.turn));
     }
-    for (const Held& t : turned) {
-      // a + i*b in one operation where there is an a with the same sign.
-      const bool negative = t.turn == 3;
-      const auto a = std::find_if(plain.begin(), plain.end(), [&](const Signed& s) { return s.negative == negative; });
-      if (a != plain.end()) {
-        a->value = emit(Op::AddSub, a->value, exchanged(t.value));
-      } else {
-        plain.push_back({times_i(t.value), negative});
-      }
-    }
-    const Signed s = signed_sum(p_, plain);
-    return {s.value, s.negative ? (held_turn + 2) & 3 : held_turn};
+    const Summand all = summed(std::move(terms), [&](const Summand& a, const Summand& b) { return added(a, b); });
+    check(all.turn == 0, "a stored sum has its turns inside");
+    return all.value;
   }
 
-  Signed product(const Coef& c, int value, int turn) {
-    const bool turning = turn % 2 == 1;
-    const bool negative = turn >= 2;
-    const bool folded = turning || !c.uniform();  // a constant of signs of its own anyway
+  // Turns by the constant, which has signs of its own anyway where it turns or differs from lane to lane.
+  Summand product(const Coef& c, int value, int turn) {
+    const bool turning = turn % 2 == 1, negative = turn >= 2, folded = turning || !c.uniform();
     const int k = constant(c, turning, folded && negative);
-    return {emit(Op::Mul, turning ? exchanged(value) : value, k), !folded && negative};
+    return {emit(Op::Mul, turning ? exchanged(value) : value, k), negative && !folded ? 2 : 0};
+  }
+
+  Summand added(Summand a, Summand b) {
+    if (a.turn == 2 && b.turn == 2) return {emit(Op::Add, a.value, b.value), 2};
+    if (a.turn == 0 && b.turn == 1) return {emit(Op::AddSub, a.value, exchanged(b.value)), 0};
+    if (a.turn == 1 && b.turn == 0) return {emit(Op::AddSub, b.value, exchanged(a.value)), 0};
+    for (Summand* s : {&a, &b})
+      if (s->turn % 2) *s = {times_i(s->value), s->turn - 1};
+    if (a.turn == 0) return {emit(b.turn == 0 ? Op::Add : Op::Sub, a.value, b.value), 0};
+    if (b.turn == 0) return {emit(Op::Sub, b.value, a.value), 0};
+    return {emit(Op::Sub, negated(p_, a.value), b.value), 0};
   }
 
   int load(Type type, int cell) { return p_.emit({.op = Op::Load, .type = type, .cell = 2 * cell}); }
@@ -200,49 +116,63 @@ class InterleavedLowering {
     return p_.emit({.op = Op::Join, .type = type_, .a = low, .b = half(cells[1])});
   }
 
-  Held butterfly(const LoadedButterfly& b) {
-    std::vector<Signed> sums;
-    for (const LoadedPair& pair : b) sums.push_back(loaded_sum(pair));
-    const Signed s = signed_sum(p_, sums);
-    return {s.value, s.negative ? 2 : 0};
+  int butterfly(const LoadedButterfly& b) {
+    std::vector<int> sums;
+    std::vector<bool> negative;
+    for (const LoadedSum& s : b) {
+      negative.push_back(b.size() == 2 && s.turn[0] == 2 && s.turn[1] == 2);
+      sums.push_back(negative.back() ? signed_sum(s) : turned_lanes(signed_sum(s), s.turn));
+    }
+    if (sums.size() == 1) return sums[0];
+    if (negative[0]) return emit(Op::Sub, sums[1], sums[0]);
+    return emit(negative[1] ? Op::Sub : Op::Add, sums[0], sums[1]);
   }
 
-  // Signs are put on the components before those of the turned lanes are exchanged. Of a sum and its negative, one is made.
-  Signed loaded_sum(const LoadedPair& pair) {
-    const int flip = pair[0].turn[0] & 2;
-    std::vector<Signed> terms;
-    for (const LoadedPoint& point : pair) {
-      const int value = p_.emit({.op = Op::LoadDup, .type = type_, .cell = 2 * point.cell});
-      std::vector<Real> signs;
-      for (int turn : point.turn) {
-        const int t = (turn + flip) & 3;
-        signs.push_back(t == 2 || t == 3 ? -1 : 1);
-        signs.push_back(t == 2 || t == 1 ? -1 : 1);
-      }
-      const auto negatives = std::count(signs.begin(), signs.end(), Real(-1));
-      const bool mixed = negatives != 0 && negatives != 4;
-      terms.push_back({mixed ? emit(Op::Mul, value, p_.constant(type_, signs)) : value, negatives == 4});
+  int signed_sum(const LoadedSum& sum) {
+    int value[2];
+    bool negative[2];
+    for (int k : {0, 1}) {
+      const LoadedPoint& point = sum.points[k];
+      value[k] = p_.emit({.op = Op::LoadDup, .type = type_, .cell = 2 * point.cell});
+      negative[k] = point.subtracted[0] && point.subtracted[1];
+      if (point.subtracted[0] != point.subtracted[1])
+        value[k] = with_signs(value[k], {point.subtracted[0], point.subtracted[0], point.subtracted[1], point.subtracted[1]});
     }
-    Signed sum = signed_sum(p_, terms);
-    const bool low = pair[0].turn[0] & 1, high = pair[0].turn[1] & 1;
-    if (low || high) sum.value = emit(Op::Permute, sum.value, -1, (low ? 0x1 : 0x4) | (high ? 0xB0 : 0xE0));
-    return {sum.value, sum.negative != (flip != 0)};
+    if (negative[0]) return emit(Op::Sub, value[1], value[0]);
+    return emit(negative[1] ? Op::Sub : Op::Add, value[0], value[1]);
+  }
+
+  int with_signs(int value, std::initializer_list<bool> negative) {
+    std::vector<Real> signs;
+    for (bool n : negative) signs.push_back(n ? -1 : 1);
+    return emit(Op::Mul, value, p_.constant(type_, signs));
+  }
+
+  // Both complex values of a register turned, each by its own quarters.
+  int turned_lanes(int value, const int (&turn)[2]) {
+    const bool low = turn[0] % 2, high = turn[1] % 2;
+    if (low || high) value = emit(Op::Permute, value, -1, (low ? 0x1 : 0x4) | (high ? 0xB0 : 0xE0));
+    if (turn[0] == 0 && turn[1] == 0) return value;
+    const auto negative_re = [](int t) { return t == 1 || t == 2; };
+    return with_signs(value, {negative_re(turn[0]), turn[0] >= 2, negative_re(turn[1]), turn[1] >= 2});
   }
 
   int upright(Ref r) {
-    const Held& h = held_[r.node];
-    const int turn = (r.turn - h.turn) & 3;
-    int v = turn % 2 ? times_i(h.value) : h.value;
-    if (turn >= 2) v = emit(Op::Sub, zero(), v);
-    return v;
+    const int v = r.turn % 2 ? times_i(value_[r.node]) : value_[r.node];
+    return r.turn >= 2 ? negated(p_, v) : v;
   }
 
   int regrouped(const std::vector<Point>& points) {
     std::vector<int> value, lane;
-    for (const Point& p : points) {
-      value.push_back(p.ref ? upright(p.ref) : p.lane == kAnyLane ? -1 : zero());
+    bool in_place = true;
+    for (size_t l = 0; l < points.size(); ++l) {
+      const Point& p = points[l];
+      check(p.ref || p.lane == kAnyLane, "a lane holds a value, or anything");
+      value.push_back(p.ref ? upright(p.ref) : -1);
       lane.push_back(p.ref ? p.lane : 0);
+      in_place = in_place && (!p.ref || p.lane == static_cast<int>(l));
     }
+    if (in_place) return blended(p_, value, 2);
     if (points.size() == 2) return two_lanes(value, lane);
     check(points.size() == 4, "a register holds two or four complex values");
     for (int l = 0; l < 4; ++l)
@@ -305,13 +235,13 @@ class InterleavedLowering {
   const Graph& g_;
   const Type type_;
   Program p_;
-  std::vector<Held> held_;
+  std::vector<int> value_;  // by node
 };
 
 }  // namespace
 
 Program lower_interleaved(const Graph& graph, std::span<const Point> outputs, Type type) {
-  return InterleavedLowering(graph, type).run(outputs);
+  return pruned(InterleavedLowering(graph, type).run(outputs));
 }
 
 }  // namespace xfm

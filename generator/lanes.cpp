@@ -2,6 +2,7 @@
 
 #include "generator/check.h"
 #include "generator/passes.h"
+#include "generator/sums.h"
 
 namespace xfm {
 
@@ -11,48 +12,112 @@ std::vector<int> live_nodes(const Graph& graph, std::span<const Point> outputs) 
   return live_nodes(graph, refs);
 }
 
-Signed signed_sum(Program& program, std::vector<Signed> terms) {
-  check(!terms.empty(), "a sum has terms");
-  while (terms.size() > 1) {
-    std::vector<Signed> sums;
-    for (size_t i = 0; i + 1 < terms.size(); i += 2) {
-      const Signed &x = terms[i], &y = terms[i + 1];
-      const Type type = program.type(x.value);
-      if (x.negative == y.negative) {
-        sums.push_back({program.emit({.op = Op::Add, .type = type, .a = x.value, .b = y.value}), x.negative});
-      } else {
-        const Signed &plus = x.negative ? y : x, &minus = x.negative ? x : y;
-        sums.push_back({program.emit({.op = Op::Sub, .type = type, .a = plus.value, .b = minus.value}), false});
-      }
-    }
-    if (terms.size() % 2) sums.push_back(terms.back());
-    terms = std::move(sums);
+int negated(Program& program, int value) {
+  const Inst inst = program.insts()[value];
+  const bool product = inst.op == Op::Mul && program.insts()[inst.b].op == Op::Constant;
+  std::vector<Real> lanes = product ? program.lanes(program.insts()[inst.b]) : std::vector<Real>(width(inst.type), 1);
+  for (Real& x : lanes) x = -x;
+  const int minus = program.constant(inst.type, std::move(lanes));
+  return program.emit({.op = Op::Mul, .type = inst.type, .a = product ? inst.a : value, .b = minus});
+}
+
+Program pruned(const Program& program) {
+  const std::vector<Inst>& insts = program.insts();
+  std::vector<char> used(insts.size());
+  for (const Store& s : program.stores()) used[s.value] = 1;
+  for (size_t i = insts.size(); i-- > 0;)
+    for (const int operand : {insts[i].a, insts[i].b, insts[i].c})
+      if (used[i] && operand >= 0) used[operand] = 1;
+  Program out;
+  std::vector<int> place(insts.size(), -1);
+  for (size_t i = 0; i < insts.size(); ++i) {
+    if (!used[i]) continue;
+    Inst inst = insts[i];
+    for (int* operand : {&inst.a, &inst.b, &inst.c})
+      if (*operand >= 0) *operand = place[*operand];
+    place[i] = inst.op == Op::Constant ? out.constant(inst.type, program.lanes(inst)) : out.emit(inst);
   }
-  return terms[0];
+  for (const Store& s : program.stores()) out.store(s.kind, place[s.value], s.cell, s.target, s.imm);
+  return out;
+}
+
+int blended(Program& program, const std::vector<int>& values, int lanes) {
+  int sum = -1;
+  for (const int v : values) {
+    if (v < 0 || v == sum) continue;
+    if (sum < 0) {
+      sum = v;
+      continue;
+    }
+    int mask = 0;
+    for (size_t l = 0; l < values.size(); ++l)
+      if (values[l] == v) mask |= ((1 << lanes) - 1) << (lanes * l);
+    sum = program.emit({.op = Op::Blend, .type = program.type(v), .a = sum, .b = v, .imm = mask});
+  }
+  return sum;
 }
 
 namespace {
 
-// Values of the components of a node, with the quarter turn of a reference applied.
+// The registers of the components of a value.
 struct Parts {
-  Signed re, im;
+  int re, im;
 };
 
-Parts turned(Parts p, int turn) {
-  const auto minus = [](Signed s) { return Signed{s.value, !s.negative}; };
+// A component of a term, with the sign that a quarter turn gives it.
+struct Component {
+  int value;
+  bool negative = false;
+};
+
+// A sum in the making, of one or more terms.
+struct Summand {
+  Component re, im;
+  bool subtracted = false;
+};
+
+Summand turned(Parts p, int turn) {
   switch (turn) {
-    case 1: return {minus(p.im), p.re};
-    case 2: return {minus(p.re), minus(p.im)};
-    case 3: return {p.im, minus(p.re)};
-    default: return p;
+    case 1: return {{p.im, true}, {p.re}};
+    case 2: return {{p.re}, {p.im}, true};
+    case 3: return {{p.im}, {p.re, true}};
+    default: return {{p.re}, {p.im}};
   }
 }
 
-int positive(Program& program, Signed s) {
-  if (!s.negative) return s.value;
-  const Type type = program.type(s.value);
-  const int zero = program.emit({.op = Op::Zero, .type = type});
-  return program.emit({.op = Op::Sub, .type = type, .a = zero, .b = s.value});
+bool is_product(const Program& program, int value) { return program.insts()[value].op == Op::Mul; }
+
+Component added(Program& program, Component x, Component y) {
+  const Type type = program.type(x.value);
+  const auto emit = [&](Op op, int a, int b) { return Component{program.emit({.op = op, .type = type, .a = a, .b = b})}; };
+  if (!x.negative && !y.negative) return emit(Op::Add, x.value, y.value);
+  if (!x.negative) return emit(Op::Sub, x.value, y.value);
+  if (!y.negative) return emit(Op::Sub, y.value, x.value);
+  if (!is_product(program, x.value)) std::swap(x, y);
+  return emit(Op::Sub, negated(program, x.value), y.value);
+}
+
+Summand added(Program& program, Summand x, Summand y) {
+  const bool both = x.subtracted && y.subtracted;
+  for (Summand* s : {&x, &y}) {
+    if (both || !s->subtracted) continue;
+    s->re.negative = !s->re.negative;
+    s->im.negative = !s->im.negative;
+  }
+  return {added(program, x.re, y.re), added(program, x.im, y.im), both};
+}
+
+// With its signs made.
+Parts plain(Program& program, const Summand& s) {
+  const auto component = [&](const Component& c) { return c.negative != s.subtracted ? negated(program, c.value) : c.value; };
+  return {component(s.re), component(s.im)};
+}
+
+Parts upright(Program& program, Parts parts, int turn) { return plain(program, turned(parts, turn)); }
+
+Parts summed_parts(Program& program, std::vector<Summand> terms) {
+  const Summand sum = summed(std::move(terms), [&](const Summand& x, const Summand& y) { return added(program, x, y); });
+  return plain(program, sum);
 }
 
 int scaled(Program& program, int value) {
@@ -69,38 +134,40 @@ class ScalarLowering {
     for (int i : live_nodes(g_, outputs)) {
       if (g_[i].kind == Node::Kind::Input) {
         const int cell = 2 * g_[i].cells[0];
-        parts_[i] = {{p_.emit({.op = Op::Load, .type = Type::F32, .cell = cell})},
-                     {p_.emit({.op = Op::Load, .type = Type::F32, .cell = cell + 1})}};
+        parts_[i] = {p_.emit({.op = Op::Load, .type = Type::F32, .cell = cell}),
+                     p_.emit({.op = Op::Load, .type = Type::F32, .cell = cell + 1})};
       } else {
-        parts_[i] = {component(g_[i], false), component(g_[i], true)};
+        parts_[i] = sum(g_[i]);
       }
     }
     for (size_t k = 0; k < outputs.size(); ++k) {
-      const Parts p = turned(parts_[outputs[k].ref.node], outputs[k].ref.turn);
-      p_.store(StoreKind::Full, scaled(p_, positive(p_, p.re)), static_cast<int>(2 * k));
-      p_.store(StoreKind::Full, scaled(p_, positive(p_, p.im)), static_cast<int>(2 * k + 1));
+      const Parts p = upright(p_, parts_[outputs[k].ref.node], outputs[k].ref.turn);
+      p_.store(StoreKind::Full, scaled(p_, p.re), static_cast<int>(2 * k));
+      p_.store(StoreKind::Full, scaled(p_, p.im), static_cast<int>(2 * k + 1));
     }
     return std::move(p_);
   }
 
  private:
-  Signed component(const Node& n, bool imaginary) {
-    const bool products = n.has_products();
-    std::vector<Signed> terms;
-    for (const Term& t : n.terms) {
-      const Parts parts = turned(parts_[t.ref.node], t.ref.turn);
-      Signed v = imaginary ? parts.im : parts.re;
-      if (products) v.value = p_.emit({.op = Op::Widen, .type = Type::F64, .a = v.value});
-      if (!t.coef.unit()) {
-        const int c = p_.constant(Type::F64, {t.coef.lane(0)});
-        v.value = p_.emit({.op = Op::Mul, .type = Type::F64, .a = v.value, .b = c});
-      }
-      terms.push_back(v);
-      if (products && terms.size() == 2) terms = {signed_sum(p_, terms)};  // from the left, as the expression reads
+  Parts sum(const Node& n) {
+    if (!n.has_products()) {
+      std::vector<Summand> terms;
+      for (const Term& t : n.terms) terms.push_back(turned(parts_[t.ref.node], t.ref.turn));
+      return summed_parts(p_, std::move(terms));
     }
-    Signed sum = signed_sum(p_, terms);
-    if (products) sum.value = p_.emit({.op = Op::Narrow, .type = Type::F32, .a = sum.value});
-    return sum;
+    std::vector<Summand> terms;
+    for (const Term& t : n.terms) {
+      const auto product = [&](int part) {
+        const int wide = p_.emit({.op = Op::Widen, .type = Type::F64, .a = part});
+        if (t.coef.unit()) return wide;
+        return p_.emit({.op = Op::Mul, .type = Type::F64, .a = wide, .b = p_.constant(Type::F64, {t.coef.lane(0)})});
+      };
+      const Parts& parts = parts_[t.ref.node];
+      terms.push_back(turned({product(parts.re), product(parts.im)}, t.ref.turn));
+    }
+    const Parts wide = summed_parts(p_, std::move(terms));
+    const auto narrow = [&](int v) { return p_.emit({.op = Op::Narrow, .type = Type::F32, .a = v}); };
+    return {narrow(wide.re), narrow(wide.im)};
   }
 
   const Graph& g_;
@@ -117,8 +184,8 @@ class SplitLowering {
     for (int i : live_nodes(g_, outputs)) {
       switch (g_[i].kind) {
         case Node::Kind::Input: parts_[i] = loaded(g_[i].cells); break;
-        case Node::Kind::Sum: parts_[i] = {component(g_[i], false), component(g_[i], true)}; break;
-        case Node::Kind::Regroup: parts_[i] = {regrouped(g_[i], false), regrouped(g_[i], true)}; break;
+        case Node::Kind::Sum: parts_[i] = sum(g_[i]); break;
+        case Node::Kind::Regroup: parts_[i] = regrouped(g_[i]); break;
       }
     }
     store(outputs);
@@ -138,40 +205,46 @@ class SplitLowering {
 
   Parts loaded(const std::vector<int>& cells) {
     const int low = pair_of_cells(cells[0], cells[1]), high = pair_of_cells(cells[2], cells[3]);
-    return {{shuffle(low, high, 0x88)}, {shuffle(low, high, 0xDD)}};
+    return {shuffle(low, high, 0x88), shuffle(low, high, 0xDD)};
   }
 
-  Signed component(const Node& n, bool imaginary) {
-    std::vector<Signed> terms;
+  Parts sum(const Node& n) {
+    std::vector<Summand> terms;
     for (const Term& t : n.terms) {
-      const Parts parts = turned(parts_[t.ref.node], t.ref.turn);
-      Signed v = imaginary ? parts.im : parts.re;
+      Parts parts = parts_[t.ref.node];
       if (!t.coef.unit()) {
         std::vector<Real> lanes;
-        for (int l = 0; l < 4; ++l) lanes.push_back(v.negative && !t.coef.uniform() ? -t.coef.lane(l) : t.coef.lane(l));
-        if (!t.coef.uniform()) v.negative = false;
-        v.value = p_.emit({.op = Op::Mul, .type = kType, .a = v.value, .b = p_.constant(kType, lanes)});
+        for (int l = 0; l < 4; ++l) lanes.push_back(t.coef.lane(l));
+        const int c = p_.constant(kType, lanes);
+        for (int* part : {&parts.re, &parts.im}) *part = p_.emit({.op = Op::Mul, .type = kType, .a = *part, .b = c});
       }
-      terms.push_back(v);
+      terms.push_back(turned(parts, t.ref.turn));
     }
-    return signed_sum(p_, terms);
+    return summed_parts(p_, std::move(terms));
+  }
+
+  Parts regrouped(const Node& n) {
+    std::vector<int> re, im, lane;
+    for (const Point& p : n.points) {
+      check(p.ref || p.lane == kAnyLane, "a lane holds a value, or anything");
+      const Parts parts = p.ref ? upright(p_, parts_[p.ref.node], p.ref.turn) : Parts{-1, -1};
+      re.push_back(parts.re), im.push_back(parts.im), lane.push_back(p.ref ? p.lane : kAnyLane);
+    }
+    bool in_place = true;
+    for (int l = 0; l < 4; ++l) in_place = in_place && (lane[l] == l || lane[l] == kAnyLane);
+    if (in_place) return {blended(p_, re, 1), blended(p_, im, 1)};
+    return {picked(re, lane), picked(im, lane)};
   }
 
   // Lanes of up to four registers: two from the first two, two from the others, then both together. The first step
   // takes neighbours of the wanted lanes along, so that the vectors of one tile share it.
-  Signed regrouped(const Node& n, bool imaginary) {
+  int picked(const std::vector<int>& values, const std::vector<int>& from) {
     struct Lane {
       int value = -1, lane = 0;
     };
     Lane lanes[4];
-    for (int l = 0; l < 4; ++l) {
-      const Point& p = n.points[l];
-      if (!p.ref && p.lane != kAnyLane) lanes[l].value = p_.emit({.op = Op::Zero, .type = kType});
-      if (!p.ref) continue;
-      const Parts parts = turned(parts_[p.ref.node], p.ref.turn);
-      const Signed s = imaginary ? parts.im : parts.re;
-      lanes[l] = {positive(p_, s), p.lane};
-    }
+    for (int l = 0; l < 4; ++l)
+      if (values[l] >= 0) lanes[l] = {values[l], from[l]};
     const auto both = [&](Lane& x, Lane& y) {  // one register that holds x and y, which then say where
       if (x.value < 0) x = y;
       if (y.value < 0) y = x;
@@ -186,7 +259,7 @@ class SplitLowering {
     if (lanes[0].value < 0) lanes[0] = lanes[1] = lanes[2];
     if (lanes[2].value < 0) lanes[2] = lanes[3] = lanes[0];
     const int imm = lanes[0].lane | lanes[1].lane << 2 | lanes[2].lane << 4 | lanes[3].lane << 6;
-    return {shuffle(lanes[0].value, lanes[2].value, imm), false};
+    return shuffle(lanes[0].value, lanes[2].value, imm);
   }
 
   void store(std::span<const Point> outputs) {
@@ -197,8 +270,8 @@ class SplitLowering {
       lanes[outputs[k].lane] = static_cast<int>(k);
     }
     for (const auto& [ref, lanes] : held) {
-      const Parts parts = turned(parts_[ref.first], ref.second);
-      const int re = scaled(p_, positive(p_, parts.re)), im = scaled(p_, positive(p_, parts.im));
+      const Parts parts = upright(p_, parts_[ref.first], ref.second);
+      const int re = scaled(p_, parts.re), im = scaled(p_, parts.im);
       for (int half = 0; half < 2; ++half) {
         const int low = lanes[2 * half], high = lanes[2 * half + 1];
         if (low < 0 && high < 0) continue;
@@ -221,7 +294,7 @@ class SplitLowering {
 
 }  // namespace
 
-Program lower_scalar(const Graph& graph, std::span<const Point> outputs) { return ScalarLowering(graph).run(outputs); }
-Program lower_split(const Graph& graph, std::span<const Point> outputs) { return SplitLowering(graph).run(outputs); }
+Program lower_scalar(const Graph& graph, std::span<const Point> outputs) { return pruned(ScalarLowering(graph).run(outputs)); }
+Program lower_split(const Graph& graph, std::span<const Point> outputs) { return pruned(SplitLowering(graph).run(outputs)); }
 
 }  // namespace xfm

@@ -24,12 +24,11 @@ Program lower_interleaved(const Graph& graph, std::span<const Point> outputs, Ty
 // The nodes that reach an output, in creation order.
 std::vector<int> live_nodes(const Graph& graph, std::span<const Point> outputs);
 
-// Terms of a sum in machine form, each a value to be added or subtracted.
-struct Signed {
-  int value = -1;
-  bool negative = false;
-};
-// Adds up neighbours, then neighbours of the sums; the sign that is left stays with the result.
-Signed signed_sum(Program& program, std::vector<Signed> terms);
+// The register that holds the negative of a value, exactly; of a product with a constant that by the negative constant.
+int negated(Program& program, int value);
+// The program without operations that reach no store: products whose negatives took their place.
+Program pruned(const Program& program);
+// Vectors of which every lane keeps its place; `lanes` elements belong to one. -1 where anything may stand.
+int blended(Program& program, const std::vector<int>& values, int lanes);
 
 }  // namespace xfm

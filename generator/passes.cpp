@@ -68,6 +68,30 @@ std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::spa
 
 namespace {
 
+// The graph of these nodes with other terms: terms(i, renewed) are those of node i.
+template <class Terms>
+Graph rebuilt(const Graph& g, const std::vector<int>& live, std::vector<Ref>& outputs, const Terms& terms) {
+  Graph out(g.lanes());
+  std::vector<Ref> made(g.size());
+  const auto renewed = [&](Ref r) { return r ? made[r.node].turned(r.turn) : r; };
+  for (int i : live) {
+    const Node& n = g[i];
+    if (n.kind == Node::Kind::Input) {
+      made[i] = out.input(n.cells);
+    } else if (n.kind == Node::Kind::Regroup) {
+      std::vector<Point> points = n.points;
+      for (Point& p : points) p.ref = renewed(p.ref);
+      made[i] = out.regroup(points);
+    } else {
+      const std::vector<Term> sum = terms(i, renewed);
+      const Graph::Loop loop(out, n.label);
+      made[i] = out.lin(sum);
+    }
+  }
+  for (Ref& r : outputs) r = renewed(r);
+  return out;
+}
+
 struct Use {
   int user;
   bool product;
@@ -109,32 +133,17 @@ class Merger {
   }
 
   Graph result(std::vector<Ref>& outputs) const {
-    Graph out(g_.lanes());
-    std::vector<Ref> made(g_.size());
-    const auto renewed = [&](Ref r) { return r ? made[r.node].turned(r.turn) : r; };
-    for (int i : live_) {
-      const Node& n = g_[i];
-      if (n.kind == Node::Kind::Input) {
-        made[i] = out.input(n.cells);
-      } else if (n.kind == Node::Kind::Regroup) {
-        std::vector<Point> points = n.points;
-        for (Point& p : points) p.ref = renewed(p.ref);
-        made[i] = out.regroup(points);
-      } else {
-        std::vector<Term> terms = terms_[i];
-        for (Term& t : terms) t.ref = renewed(t.ref);
-        const Graph::Loop loop(out, n.label);
-        made[i] = out.lin(terms);
-      }
-    }
-    for (Ref& r : outputs) r = renewed(r);
-    return out;
+    return rebuilt(g_, live_, outputs, [&](int i, const auto& renewed) {
+      std::vector<Term> terms = terms_[i];
+      for (Term& t : terms) t.ref = renewed(t.ref);
+      return terms;
+    });
   }
 
  private:
   bool may_move(int v, const std::vector<Use>& uses) const {
     if (output_[v] || terms_[v].empty() || uses.size() != 1 || !uses[0].product) return false;
-    return std::none_of(terms_[v].begin(), terms_[v].end(), [](const Term& t) { return t.coef.unit(); });
+    return std::none_of(terms_[v].begin(), terms_[v].end(), [](const Term& t) { return t.coef.unit_somewhere(); });
   }
 
   bool shares_operand(int user, int v) const {
@@ -169,6 +178,74 @@ Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
   while (merger.round()) {
   }
   return merger.result(outputs);
+}
+
+namespace {
+
+// Which nodes are held times i. A node is where every sum that adds it wants it turned, and where what it adds is a product
+// or turned itself.
+class Turns {
+ public:
+  Turns(const Graph& g, const std::vector<Ref>& outputs) : g_(g), live_(live_nodes(g, outputs)), turned_(g.size()), uses_(g.size()) {
+    for (int i : live_) {
+      for (const Term& t : g[i].terms) uses_[t.ref.node].push_back({i, t.ref.turn, !t.coef.unit()});
+      for (const Point& p : g[i].points)
+        if (p.ref) uses_[p.ref.node].push_back({-1, 0, false});
+    }
+    for (Ref r : outputs)
+      if (r) uses_[r.node].push_back({-1, 0, false});
+    for (auto i = live_.rbegin(); i != live_.rend(); ++i) turned_[*i] = g[*i].kind == Node::Kind::Sum && wanted(*i);
+    for (bool changed = true; changed;) {
+      changed = false;
+      for (int i : live_) {
+        if (!turned_[i] || (wanted(i) && possible(i))) continue;
+        turned_[i] = 0;
+        changed = true;
+      }
+    }
+  }
+
+  bool operator[](int node) const { return turned_[node]; }
+  const std::vector<int>& live() const { return live_; }
+
+ private:
+  struct Use {
+    int user;  // -1: not a sum
+    int turn;
+    bool product;
+  };
+
+  bool wanted(int node) const {
+    bool any = false;
+    for (const Use& u : uses_[node]) {
+      if (u.user < 0) return false;
+      if (u.product) continue;
+      if (((u.turn + turned_[u.user]) & 1) == 0) return false;
+      any = true;
+    }
+    return any;
+  }
+
+  bool possible(int node) const {
+    const std::vector<Term>& terms = g_[node].terms;
+    return std::all_of(terms.begin(), terms.end(), [&](const Term& t) { return !t.coef.unit() || turned_[t.ref.node]; });
+  }
+
+  const Graph& g_;
+  const std::vector<int> live_;
+  std::vector<char> turned_;
+  std::vector<std::vector<Use>> uses_;
+};
+
+}  // namespace
+
+Graph turn_products(const Graph& g, std::vector<Ref>& outputs) {
+  const Turns turns(g, outputs);
+  return rebuilt(g, turns.live(), outputs, [&](int i, const auto& renewed) {
+    std::vector<Term> terms = g[i].terms;
+    for (Term& t : terms) t.ref = renewed(t.ref.turned(turns[i] - turns[t.ref.node]));
+    return terms;
+  });
 }
 
 }  // namespace xfm

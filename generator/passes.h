@@ -29,4 +29,8 @@ std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::spa
 // moves; `outputs` become those of the result.
 Graph merge_constants(const Graph& g, std::vector<Ref>& outputs);
 
+// Where sums take only quarter turns of a sum of products, the products make the turn, which costs them nothing; likewise
+// for sums of such sums. `outputs` become those of the result.
+Graph turn_products(const Graph& g, std::vector<Ref>& outputs);
+
 }  // namespace xfm

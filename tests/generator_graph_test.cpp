@@ -34,7 +34,7 @@ TEST(GeneratorGraph, SignsAndTurnsStandInTheReference) {
   s.check(s.g.add(s.a, s.b), "(x0 + x1)");
   s.check(s.g.add(-s.a, s.c), "(-x0 + x2)");
   s.check(s.g.add(-s.b, -s.c), "-(x1 + x2)");
-  s.check(s.g.sub(s.a.turned(1), s.d.turned(3)), "i(x0 + x3)");
+  s.check(s.g.sub(s.a.turned(1), s.d.turned(3)), "(ix0 + ix3)");
   s.check(s.g.add(s.b, s.d.turned(1)), "(x1 + ix3)");
   s.check(s.g.scale(-0.5, s.a), "-(0.5*x0)");
   s.check(s.g.lin({{-2, s.a}, {0.5, s.d}}), "(2*-x0 + 0.5*x3)");
@@ -133,6 +133,21 @@ TEST(GeneratorPasses, TransposedNetworksAreTransposedMatrices) {
   for (int i = 0; i < 4; ++i)
     for (int j = 0; j < 4; ++j) EXPECT_EQ(column(s.g, outputs, j)[i], column(t, back, i)[j]) << i << " " << j;
   EXPECT_EQ(count(t, back).multiplications, count(s.g, outputs).multiplications);
+}
+
+TEST(GeneratorPasses, ProductsTakeTheTurnsOfTheirSums) {
+  const auto check = [](const Sketch& s, std::vector<Ref> outputs, const std::vector<std::string>& expected) {
+    const Graph result = turn_products(s.g, outputs);
+    for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(text(result, outputs[i]), expected[i]);
+  };
+  Sketch s;
+  const Ref sum = s.g.lin({{0.5, s.a}, {0.25, -s.b}}), both = s.g.add(sum, s.g.scale(3, s.c));
+  const Ref turned = s.g.add(s.d, sum.turned(1));
+  check(s, {turned, s.g.sub(s.c, sum.turned(1))}, {"(x3 + (0.5*ix0 + 0.25*-ix1))", "(x2 + -(0.5*ix0 + 0.25*-ix1))"});
+  check(s, {s.g.add(s.d, both.turned(3))}, {"(x3 + -((0.5*ix0 + 0.25*-ix1) + (3*ix2)))"});
+  check(s, {turned, sum}, {"(x3 + i(0.5*x0 + 0.25*-x1))"});                                        // wanted as it is, too
+  check(s, {turned, s.g.add(s.c, sum)}, {"(x3 + i(0.5*x0 + 0.25*-x1))"});
+  check(s, {s.g.add(s.d, s.g.lin({{0.5, s.a}, {1, s.b}}).turned(1))}, {"(x3 + i(0.5*x0 + x1))"});  // x1 would have to be turned
 }
 
 TEST(GeneratorPasses, ConstantsMoveIntoTheProductsThatUseThem) {
