@@ -28,6 +28,7 @@ TEST(Functions, NumbersOfATableAreNumbersToTheirEnd) {
   std::ofstream(folder / "t.tsv") << "n\tm\n12\t12abc\n-7\t 7\n0\t\n1\t99999999999\n2\t+3\n";
   const xfm::Table table = xfm::Table::read(folder / "t.tsv", {"n", "m"});
   EXPECT_EQ(table.rows().size(), 5u);
+  EXPECT_THROW((void)xfm::Table::read(folder / "t.tsv", {"n", "k"}), xfm::InputError);
   for (const xfm::TableRow& row : table.rows()) {
     EXPECT_EQ(std::to_string(row.integer("n")), row["n"]);
     EXPECT_THROW((void)row.integer("m"), xfm::InputError) << row["m"];
