@@ -50,3 +50,9 @@ function(xfm_pin variable target)
   list(JOIN masks "," masks)
   set(${variable} "GLIBC_TUNABLES=glibc.cpu.hwcaps=${masks}" PARENT_SCOPE)
 endfunction()
+
+# What units that can be packed are told: the target, or the base for every target.
+set(XFM_FORM base)
+if(XFM_PACK)
+  set(XFM_FORM <target> BY_TARGET)
+endif()

@@ -1,9 +1,11 @@
 // Writes a unit of the DCT-IV, or the counts of its functions:
-//   gen_dct4 32f|64f <kernels.tsv> <unit.cpp>
-//   gen_dct4 report <kernels.tsv> <report.tsv>    every kernel
-//   gen_dct4 functions <kernels.tsv> <report.tsv> the functions that hold them, for the audit of the compiled code
+//   gen_dct4 32f|64f <kernels.tsv> <target> <unit.cpp>
+//   gen_dct4 report <kernels.tsv> <target> <report.tsv>    every kernel
+//   gen_dct4 functions <kernels.tsv> <target> <report.tsv> the functions that hold them, for the audit of the compiled code
+//   gen_dct4 search <kernels.tsv> <target> <rows.tsv>      rows of pack_recipes.tsv for the straight lines
 // Every kernel is first held to the operations that its row states.
 #include "dct4/kernels.h"
+#include "generator/pack_search.h"
 #include "generator/program.h"
 #include "generator/text.h"
 
@@ -12,11 +14,11 @@ namespace {
 
 const std::string kTypes[] = {"32f", "64f"};
 
-std::string unit_text(const std::string& table, const std::string& type) {
+std::string unit_text(const std::string& table, const std::string& type, const pack::Forms& forms) {
   std::string text = unit_head("pgendct4_" + type + "g9", "gen_dct4");
   text += "#include \"dct4/kernel_set.h\"\n\nnamespace xfm::dct4 {\n\n";
   text += std::string("using Precision = ") + (type == "32f" ? "Single" : "Double") + ";\nusing Real = Precision::Real;\n\n";
-  for (const StageKernel& k : stage_kernels(table, type)) text += kernel_text(k, type);
+  for (const StageKernel& k : stage_kernels(table, type)) text += kernel_text(k, type, forms);
   return text + "}  // namespace xfm::dct4\n\n#include \"dct4/entries_" + type + ".h\"\n";
 }
 
@@ -63,17 +65,28 @@ std::string functions_text(const std::string& table) {
   return text;
 }
 
-std::string text_of(const std::string& what, const std::string& table) {
+std::string search_text(const std::string& table, const Target& target) {
+  std::string text = pack::recipe_columns();
+  for (const std::string& type : kTypes)
+    for (const StageKernel& k : stage_kernels(table, type))
+      if (k.plan.whole())
+        text += pack::recipe_text(target.name, "dct4", k.plan.length, type, pack::search(k.net.program(), {2, 4}, target, {}).rule);
+  return text;
+}
+
+std::string text_of(const std::string& what, const std::string& table, const std::string& target) {
+  const std::filesystem::path plans = std::filesystem::path(table).parent_path();
+  if (what == "search") return search_text(table, read_target((plans / "targets.tsv").string(), target));
   if (what == "report") return report_text(table);
   if (what == "functions") return functions_text(table);
   for (const std::string& type : kTypes)
-    if (what == type) return unit_text(table, type);
+    if (what == type) return unit_text(table, type, pack::Forms::read(plans, target));
   throw InputError("gen_dct4: no such unit: " + what);
 }
 
 void run(int argc, char** argv) {
-  if (argc != 4) throw InputError("usage: gen_dct4 32f|64f|report|functions kernels.tsv output");
-  write_file(argv[3], text_of(argv[1], argv[2]));
+  if (argc != 5) throw InputError("usage: gen_dct4 32f|64f|report|functions|search kernels.tsv target output");
+  write_file(argv[4], text_of(argv[1], argv[2], argv[3]));
 }
 
 }  // namespace

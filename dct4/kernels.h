@@ -6,6 +6,7 @@
 
 #include "dct4/kernel_plans.h"
 #include "dct4/network.h"
+#include "generator/pack_forms.h"
 
 namespace xfm::dct4 {
 
@@ -20,6 +21,6 @@ struct StageKernel {
 // All kernels of one precision, in the order of the unit. Operations other than the plan's are bad input.
 std::vector<StageKernel> stage_kernels(const std::filesystem::path& table, const std::string& type);
 // The definition of a member of Kernels<precision> (dct4/kernel_set.h), with its pool of constants.
-std::string kernel_text(const StageKernel& kernel, const std::string& type);
+std::string kernel_text(const StageKernel& kernel, const std::string& type, const pack::Forms& forms);
 
 }  // namespace xfm::dct4

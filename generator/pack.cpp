@@ -102,9 +102,9 @@ struct Pack {
 
 class Packer {
  public:
-  Packer(const Network& network, const std::vector<Family>& families, const Rule& rule, Abilities abilities, Grid grid)
+  Packer(const Network& network, const std::vector<Family>& families, const Rule& rule, const Target& target, Grid grid)
       : network_(network), lanes_(rule.lanes), grid_(grid), units_(network, all_runs(families, rule)),
-        moves_(abilities.two_source_picks), registers_(network, program_, moves_, rule.lanes, {grid.loads}) {}
+        moves_(target), registers_(network, program_, moves_, rule.lanes, {grid.loads}) {}
 
   Program run() {
     std::vector<int> waiting(units_.count());
@@ -327,8 +327,8 @@ class Packer {
 
 }  // namespace
 
-Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, Abilities abilities, Grid grid) {
-  return Packer(network, families, rule, abilities, grid).run();
+Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, const Target& target, Grid grid) {
+  return Packer(network, families, rule, target, grid).run();
 }
 
 }  // namespace xfm::pack

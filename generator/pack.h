@@ -11,13 +11,9 @@
 #include "generator/pack_families.h"
 #include "generator/pack_loads.h"
 #include "generator/pack_network.h"
+#include "generator/target.h"
 
 namespace xfm::pack {
-
-// What of its processor the packer has to know.
-struct Abilities {
-  bool two_source_picks = false;  // an instruction that picks any lanes of two registers
-};
 
 // Parity of the pairs in which a half spectrum is stored and loaded, for lengths at which a transform and its inverse on
 // the result at once would else wait for stores that a load does not lie within; -1 where any place will do.
@@ -25,6 +21,6 @@ struct Grid {
   int loads = -1, stores = -1;
 };
 
-Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, Abilities abilities, Grid grid);
+Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, const Target& target, Grid grid);
 
 }  // namespace xfm::pack

@@ -8,8 +8,6 @@ namespace xfm::pack {
 
 namespace {
 
-constexpr double kBlend = 0.5, kInLane = 1, kCross = 1.3, kPickTwo128 = 1.15, kPickTwo = 1.5;
-
 bool fits(const Want& want, const Want& lanes, int width) {
   for (int l = 0; l < width; ++l)
     if (want[l] != kNone && want[l] != lanes[l]) return false;
@@ -57,9 +55,9 @@ Want exchanged(const Want& lanes, int width) {
 }
 
 // A way of one register, for the second of two.
-Way of_second(Way way, Type type) {
+Way of_second(Way way, Type type, double blend) {
   const int width = xfm::width(type), all = (1 << width) - 1;
-  if (way.steps.empty()) return {kBlend, {{Op::Blend, 0, 1, all, result_of(Op::Blend, type, all)}}};
+  if (way.steps.empty()) return {blend, {{Op::Blend, 0, 1, all, result_of(Op::Blend, type, all)}}};
   for (Step& s : way.steps) s.a = 1, s.lanes = exchanged(s.lanes, width);
   return way;
 }
@@ -70,29 +68,30 @@ const Moves::Basics& Moves::basics(Type type) {
   const auto [place, fresh] = basics_.try_emplace(type);
   if (!fresh) return place->second;
   Basics& all = place->second;
+  const auto& price = target_.price;
   const int w = width(type);
-  const auto add = [&](Op op, int imms, double price) {
+  const auto add = [&](Op op, int imms, double cost) {
     for (int imm = 0; imm < imms; ++imm) {
       const Want lanes = result_of(op, type, imm);
       if (op == Op::Permute) {
-        all.one.push_back({op, false, imm, price, lanes});
+        all.one.push_back({op, false, imm, cost, lanes});
         continue;
       }
-      all.two.push_back({op, false, imm, price, lanes});
-      if (op != Op::Blend) all.two.push_back({op, true, imm, price, exchanged(lanes, w)});
+      all.two.push_back({op, false, imm, cost, lanes});
+      if (op != Op::Blend) all.two.push_back({op, true, imm, cost, exchanged(lanes, w)});
     }
   };
   const int choices = single_precision(type) ? 256 : 1 << w;
-  add(Op::Blend, 1 << w, kBlend);
-  add(Op::UnpackLow, 1, kInLane);
-  add(Op::UnpackHigh, 1, kInLane);
-  add(Op::Shuffle, choices, kInLane);
-  add(Op::Permute, choices, kInLane);
+  add(Op::Blend, 1 << w, price.blend);
+  add(Op::UnpackLow, 1, price.shuffle);
+  add(Op::UnpackHigh, 1, price.shuffle);
+  add(Op::Shuffle, choices, price.shuffle);
+  add(Op::Permute, choices, price.shuffle);
   if (bits(type) == 256)
     for (int low = 0; low < 4; ++low)
       for (int high = 0; high < 4; ++high)
-        all.two.push_back({Op::Halves, false, low | high << 4, kCross, result_of(Op::Halves, type, low | high << 4)});
-  if (bits(type) == 512) add(Op::Halves, 256, kCross);
+        all.two.push_back({Op::Halves, false, low | high << 4, price.permute, result_of(Op::Halves, type, low | high << 4)});
+  if (bits(type) == 512) add(Op::Halves, 256, price.permute);
   return all;
 }
 
@@ -116,7 +115,7 @@ Way Moves::direct(Type type, const Want& want) {
   Want lanes = want;
   for (int l = 0; l < w; ++l)
     if (lanes[l] == kNone) lanes[l] = l;
-  const double price = !from_b ? kCross : bits(type) == 128 ? kPickTwo128 : kPickTwo;
+  const double price = from_b ? target_.price.permute2 : target_.price.permute;
   return {price, {{Op::Pick, 0, from_b ? 1 : kNone, 0, lanes, lanes}}};
 }
 
@@ -129,7 +128,7 @@ Way Moves::find(Type type, const Want& want) {
     from_b = from_b || want[l] >= w;
   }
   if (identity) return {};
-  if (!from_a) return of_second(way(type, exchanged(want, w)), type);
+  if (!from_a) return of_second(way(type, exchanged(want, w)), type, target_.price.blend);
   Way best = direct(type, want);
   const auto consider = [&](Way way) {
     if (best.steps.empty() || way.price < best.price) best = std::move(way);
@@ -164,11 +163,11 @@ Way Moves::find(Type type, const Want& want) {
     lanes[l] = from >= 2 ? blended.steps[from - 2].lanes[l] : from * w + l;
   }
   blended.steps.push_back({Op::Blend, a, b, mask, lanes});
-  blended.price += kBlend;
+  blended.price += target_.price.blend;
   consider(std::move(blended));
   // All of them into one register, then into their order.
   for (const Basic& first : basics(type).two) {
-    if (!best.steps.empty() && first.price + kInLane >= best.price) continue;
+    if (!best.steps.empty() && first.price + target_.price.shuffle >= best.price) continue;
     Want order = kEmpty;
     bool all = true;
     for (int l = 0; l < w && all; ++l) {

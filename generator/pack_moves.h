@@ -11,6 +11,7 @@
 
 #include "generator/machine.h"
 #include "generator/pack_network.h"
+#include "generator/target.h"
 
 namespace xfm::pack {
 
@@ -31,8 +32,7 @@ struct Way {
 
 class Moves {
  public:
-  // `two_source_picks`: there is an instruction for every want.
-  explicit Moves(bool two_source_picks) : two_source_picks_(two_source_picks) {}
+  explicit Moves(const Target& target) : target_(target), two_source_picks_(target.admits("AVX512F_128")) {}
 
   const Way& way(Type type, const Want& want);
 
@@ -53,7 +53,8 @@ class Moves {
   const Basic* cheapest(const std::vector<Basic>& among, Type type, const Want& want) const;
   Way direct(Type type, const Want& want);
 
-  bool two_source_picks_;
+  const Target target_;
+  const bool two_source_picks_;  // one instruction picks any lanes of two registers
   std::map<Type, Basics> basics_;
   std::map<std::pair<Type, Want>, Way> known_;
 };

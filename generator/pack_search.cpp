@@ -16,8 +16,8 @@ constexpr double kHandicap = 0.95;   // of a packed form: what the model does no
 // All rules of one width that have been packed, each arrangement once.
 class Trials {
  public:
-  Trials(const Network& network, const std::vector<Family>& families, Abilities abilities, Grid grid)
-      : network_(network), families_(families), abilities_(abilities), grid_(grid) {
+  Trials(const Network& network, const std::vector<Family>& families, const Target& target, Grid grid)
+      : network_(network), families_(families), target_(target), grid_(grid) {
     for (const Family& f : families) loops_.insert(f.loops.begin(), f.loops.end());
   }
 
@@ -35,7 +35,7 @@ class Trials {
     return ranked(kModelled);
   }
 
-  Program packed(const Rule& rule) const { return pack(network_, families_, rule, abilities_, grid_); }
+  Program packed(const Rule& rule) const { return pack(network_, families_, rule, target_, grid_); }
 
  private:
   void try_with(int lanes, const std::vector<std::string>& loops) {
@@ -59,7 +59,7 @@ class Trials {
 
   const Network& network_;
   const std::vector<Family>& families_;
-  const Abilities abilities_;
+  const Target& target_;
   const Grid grid_;
   std::set<std::string> loops_;
   std::set<std::vector<std::vector<int>>> seen_;
@@ -68,14 +68,14 @@ class Trials {
 
 }  // namespace
 
-Form search(const Program& scalar, const std::vector<int>& lanes, Abilities abilities, Grid grid, int registers) {
+Form search(const Program& scalar, const std::vector<int>& lanes, const Target& target, Grid grid) {
   const Network network = read_network(scalar);
   const std::vector<Family> families = find_families(network);
-  const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, registers), registers); };
+  const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, target.registers), target.registers); };
   Form best{{1, {}, false, false}, cycles(scalar)};
   const double most = best.cycles * kHandicap;
   for (int width : lanes) {
-    Trials trials(network, families, abilities, grid);
+    Trials trials(network, families, target, grid);
     for (const Rule& rule : trials.best(width)) {
       const double time = cycles(trials.packed(rule));
       if (time < most && time < best.cycles) best = {rule, time};

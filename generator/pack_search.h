@@ -13,6 +13,6 @@ struct Form {
 };
 
 // The quickest form. `scalar` is it where no packed one is quicker by a twentieth.
-Form search(const Program& scalar, const std::vector<int>& lanes, Abilities abilities, Grid grid, int registers);
+Form search(const Program& scalar, const std::vector<int>& lanes, const Target& target, Grid grid);
 
 }  // namespace xfm::pack

@@ -1,19 +1,17 @@
 // Writes the units of the real transforms.
 //   gen_rdft UNIT PLANS TARGET OUTPUT            a unit, pgenrdftfwdccs32f and its like
-//   gen_rdft forms PLANS TARGET OUTPUT           forms of the packed kernels with their operations and modelled cycles
+//   gen_rdft forms PLANS TARGET OUTPUT           forms of the kernels, their operations and what these ask of the ports
 //   gen_rdft counts-FAMILY PLANS TARGET OUTPUT   counts of the forward, inverse or hartley kernels, a line for each
 // The kernels of the target `base` are scalar; those of others are packed by the rows of pack_recipes.tsv.
 // PLANS is the directory of the plan tables. Nothing is written unless every row's flow costs what the row says.
 #include <cmath>
 #include <map>
-#include <optional>
 
 #include "generator/check.h"
 #include "generator/functions.h"
-#include "generator/pack_recipes.h"
+#include "generator/pack_forms.h"
 #include "generator/program.h"
 #include "generator/schedule.h"
-#include "generator/target.h"
 #include "generator/text.h"
 #include "rdft/lower.h"
 #include "rdft/packing.h"
@@ -51,33 +49,13 @@ Program program_of(const Transform& t, const Row& row, Precision precision) {
   return program;
 }
 
-// What the target makes of scalar programs; the base leaves them as they are.
-struct Forms {
-  std::optional<Target> target;
-  std::optional<pack::Recipes> recipes;
-
-  int registers() const { return target ? target->registers : kRegisters; }
-};
-
-Program packed(const Program& scalar, const Transform& t, int n, const pack::Rule& rule, const Forms& forms) {
-  if (rule.lanes == 1) return scalar;
-  const pack::Network network = pack::read_network(scalar);
-  return pack::pack(network, pack::find_families(network), rule, {forms.target->admits("AVX512F_128")}, grid(t.source, t.target, n));
+pack::Forms::Form form_of(const Transform& t, const Row& row, const std::string& type, const pack::Forms& forms) {
+  return forms.of(program_of(t, row, kTypes.at(type)), kernels_name(t.family), row.length, type,
+                  grid(t.source, t.target, row.length));
 }
 
-// A kernel's program in the form of the target, which the kernel's note tells.
-Program in_form(const Program& scalar, Kernel& kernel, const Transform& t, const std::string& type, const Forms& forms) {
-  if (!forms.recipes) return scalar;
-  const pack::Rule& rule = forms.recipes->find(forms.target->name, kernels_name(t.family), kernel.length, type);
-  kernel.note += "; " + pack::form_text(rule);
-  Program program = packed(scalar, t, kernel.length, rule, forms);
-  check_admitted(program, *forms.target);
-  return program;
-}
-
-std::string unit_text(const Transform& t, const std::string& type, const std::string& plans, const Forms& forms) {
+std::string unit_text(const Transform& t, const std::string& type, const std::string& plans, const pack::Forms& forms) {
   const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
-  const Precision precision = kTypes.at(type);
   std::string text = unit_head(t.unit + type, "gen_rdft");
   for (const Row& row : read_rows(plans, t.family)) {
     const Function* function = functions.find(symbol(t, row.length, type));
@@ -85,26 +63,26 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
     Kernel kernel = Kernel::of(*function);
     kernel.note = row.plan + "; " + std::to_string(row.counts.additions) + " additions, " +
                   std::to_string(row.counts.multiplications) + " multiplications";
-    kernel.body = scheduled(in_form(program_of(t, row, precision), kernel, t, type, forms), forms.registers());
+    pack::Forms::Form form = form_of(t, row, type, forms);
+    if (!form.name.empty()) kernel.note += "; " + form.name;
+    kernel.body = scheduled(std::move(form.program), forms.registers());
     text += kernel_text(kernel);
   }
   return text;
 }
 
-std::string forms_text(const std::string& plans, const Forms& forms) {
-  std::string text = "name\tform\tadditions\tmultiplications\tconversions\tmoves\tblends\tloads\tstores\tcycles\tscalar cycles\n";
-  const int registers = forms.registers();
-  const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, registers), registers); };
+std::string forms_text(const std::string& plans, const pack::Forms& forms) {
+  std::string text = "name\tform\tadditions\tmultiplications\tconversions\tmoves\tblends\tloads\tstores\testimate\tscalar estimate\n";
   for (const Transform& t : kTransforms)
     for (const Row& row : read_rows(plans, t.family))
       for (const auto& [type, precision] : kTypes) {
-        const pack::Rule& rule = forms.recipes->find(forms.target->name, kernels_name(t.family), row.length, type);
-        const Program scalar = program_of(t, row, precision), program = packed(scalar, t, row.length, rule, forms);
-        const PortUse use = port_use(program);
-        text += symbol(t, row.length, type) + "\t" + pack::form_text(rule);
+        const Program scalar = program_of(t, row, precision);
+        const pack::Forms::Form form = form_of(t, row, type, forms);
+        const PortUse use = port_use(form.program);
+        text += symbol(t, row.length, type) + "\t" + form.name;
         for (int count : {use.adds, use.muls, use.converts, use.moves(), use.others, use.loads, use.stores})
           text += "\t" + std::to_string(count);
-        for (const Program* p : {&program, &scalar}) text += "\t" + std::to_string(std::lround(cycles(*p)));
+        for (const Program* p : {&form.program, &scalar}) text += "\t" + std::to_string(std::lround(port_use(*p).estimate()));
         text += "\n";
       }
   return text;
@@ -132,7 +110,7 @@ std::string counts_text(const Transform& first, const std::string& plans) {
   return text;
 }
 
-std::string text_of(const std::string& what, const std::string& plans, const Forms& forms) {
+std::string text_of(const std::string& what, const std::string& plans, const pack::Forms& forms) {
   if (what == "forms") return forms_text(plans, forms);
   if (what == "counts-forward") return counts_text(kTransforms[0], plans);
   if (what == "counts-inverse") return counts_text(kTransforms[3], plans);
@@ -145,9 +123,8 @@ std::string text_of(const std::string& what, const std::string& plans, const For
 
 void program(int argc, char** argv) {
   if (argc != 5) throw InputError("usage: gen_rdft UNIT|forms|counts-FAMILY PLANS TARGET OUTPUT");
-  const std::string plans = argv[2], target = argv[3];
-  Forms forms;
-  if (target != "base") forms = {read_target(plans + "/targets.tsv", target), pack::Recipes::read(plans + "/pack_recipes.tsv")};
+  const std::string plans = argv[2];
+  const pack::Forms forms = pack::Forms::read(plans, argv[3]);
   write_file(argv[4], text_of(argv[1], plans, forms));
 }
 

@@ -15,8 +15,7 @@ namespace {
 
 void program(int argc, char** argv) {
   if (argc < 4) throw InputError("usage: xfm_pack_search PLANS TARGET OUTPUT [KERNELS [N]]");
-  const std::string target = argv[2];
-  const bool v4 = target == "v4";
+  const Target target = read_target(std::string(argv[1]) + "/targets.tsv", argv[2]);
   std::string text = pack::recipe_columns();
   for (const Family family : {Family::Forward, Family::Inverse, Family::Hartley}) {
     if (argc > 4 && kernels_name(family) != argv[4]) continue;
@@ -26,9 +25,9 @@ void program(int argc, char** argv) {
       if (argc > 5 && row.length != std::stoi(argv[5])) continue;
       for (const Precision precision : {Precision::Single, Precision::Double}) {
         const Program scalar = lower(row.flow, source, result, precision);
-        const pack::Form form = pack::search(scalar, lanes_to_try(precision), {v4}, grid(source, result, row.length), v4 ? 32 : 16);
+        const pack::Form form = pack::search(scalar, lanes_to_try(precision), target, grid(source, result, row.length));
         const std::string type = precision == Precision::Single ? "32f" : "64f";
-        text += pack::recipe_text(target, kernels_name(family), row.length, type, form.rule);
+        text += pack::recipe_text(target.name, kernels_name(family), row.length, type, form.rule);
         std::cout << kernels_name(family) << ' ' << row.length << ' ' << type << ": " << pack::form_text(form.rule) << ", "
                   << form.cycles << " cycles" << std::endl;
       }
