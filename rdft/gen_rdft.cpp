@@ -110,8 +110,25 @@ std::string counts_text(const Transform& first, const std::string& plans) {
   return text;
 }
 
+// The additions and multiplications of every body as the target has it, each of as many lanes as there are.
+std::string instructions_text(const std::string& plans, const pack::Forms& forms) {
+  std::string text = "name\tadds\tmuls\n";
+  for (const Transform& t : kTransforms)
+    for (const auto& [type, precision] : kTypes)
+      for (const Row& row : read_rows(plans, t.family)) {
+        int adds = 0, muls = 0;
+        for (const Inst& inst : form_of(t, row, type, forms).program.insts()) {
+          adds += inst.op == Op::Add || inst.op == Op::Sub || inst.op == Op::AddSub || inst.op == Op::SignedAdd;
+          muls += inst.op == Op::Mul;
+        }
+        text += symbol(t, row.length, type) + "\t" + std::to_string(adds) + "\t" + std::to_string(muls) + "\n";
+      }
+  return text;
+}
+
 std::string text_of(const std::string& what, const std::string& plans, const pack::Forms& forms) {
   if (what == "forms") return forms_text(plans, forms);
+  if (what == "instructions") return instructions_text(plans, forms);
   if (what == "counts-forward") return counts_text(kTransforms[0], plans);
   if (what == "counts-inverse") return counts_text(kTransforms[3], plans);
   if (what == "counts-hartley") return counts_text(kTransforms[6], plans);
@@ -122,7 +139,7 @@ std::string text_of(const std::string& what, const std::string& plans, const pac
 }
 
 void program(int argc, char** argv) {
-  if (argc != 5) throw InputError("usage: gen_rdft UNIT|forms|counts-FAMILY PLANS TARGET OUTPUT");
+  if (argc != 5) throw InputError("usage: gen_rdft UNIT|forms|instructions|counts-FAMILY PLANS TARGET OUTPUT");
   const std::string plans = argv[2];
   const pack::Forms forms = pack::Forms::read(plans, argv[3]);
   write_file(argv[4], text_of(argv[1], plans, forms));

@@ -10,6 +10,9 @@ import pathlib
 import re
 import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+import speed_data  # noqa: E402
+
 FAMILIES = {
     "DFTFwd_CToC": "complex DFT, forward", "DFTInv_CToC": "complex DFT, inverse", "DFTFwd_RToCCS": "real DFT to CCS",
     "DFTFwd_RToPack": "real DFT to Pack", "DFTFwd_RToPerm": "real DFT to Perm", "DFTInv_CCSToR": "real DFT from CCS, inverse",
@@ -90,12 +93,10 @@ def add_accuracy(found, data):
 
 
 def add_speed(found, data):
-    path = data / "speed.tsv"
-    if path.exists():
-        for row in table(path):
-            record = found.get((row["family"], row["type"], int(row["points"])))
-            if record is not None:
-                record["ns"] = {c: number(row[c]) for c in row if c not in ("family", "type", "points") and number(row[c]) is not None}
+    for measured in speed_data.times(data)[0]:
+        record = found.get((measured["family"], measured["type"], measured["points"]))
+        if record is not None:
+            record["ns"] = measured["ns"]
 
 
 def main():

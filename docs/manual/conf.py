@@ -1,8 +1,10 @@
 # The manual: sphinx-build docs/manual OUTPUT, or the target "manual" of the build.
 import os
+import pathlib
 import sys
 
-sys.path.insert(0, os.path.abspath("_ext"))
+sys.path[:0] = [os.path.abspath("_ext"), os.path.abspath("..")]
+import speed_data  # noqa: E402
 
 project = "Xfm"
 author = "the Xfm developers"
@@ -16,3 +18,4 @@ html_copy_source = False
 # The header, the pictures and the tables of figures.py are made by the build; see docs/CMakeLists.txt.
 xfm_header = os.environ.get("XFM_HEADER", "")
 xfm_figures = os.environ.get("XFM_MANUAL_FIGURES", "")
+rst_prolog = f".. |processor| replace:: {speed_data.times(pathlib.Path('../data').resolve())[1]}\n"

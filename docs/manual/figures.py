@@ -2,10 +2,14 @@
 """The manual's pictures: figures.py DATA OUTPUT makes them from docs/data; colours differ in grey, too."""
 
 import csv
+import math
 import pathlib
 import sys
 
 import matplotlib
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+import speed_data  # noqa: E402
 
 matplotlib.use("svg")
 matplotlib.rcParams.update({"svg.hashsalt": "xfm", "font.size": 9, "axes.grid": True, "grid.alpha": 0.3})
@@ -67,6 +71,62 @@ def accuracy(data, output):
         save(figure, output / f"accuracy-{name}.svg")
 
 
+COPIES = ("base", "x86-64-v3", "x86-64-v4")
+# The copies in full lines, rivals broken.
+STYLES = {"base": ("-", "black"), "x86-64-v3": ("-", "tab:blue"), "x86-64-v4": ("-", "tab:green"), "FFTW": ("--", "tab:orange"),
+          "half-length": ("--", "tab:orange"), "REDFT11": (":", "tab:red"), "plain loop": ("--", "tab:red")}
+
+
+def drawn(axis, records, values):
+    """One line a contestant."""
+    for name in dict.fromkeys(n for r in records for n in r["ns"]):
+        line, colour = STYLES.get(name, ("-.", "grey"))
+        shown = [(r["points"], values(r, name)) for r in records if name in r["ns"]]
+        axis.plot(*zip(*shown), line, color=colour, label=name, linewidth=1.2)
+    if records[-1]["points"] > 64:
+        axis.set_xscale("log", base=2)
+
+
+def performance(data, output):
+    """Times over the length, and their ratio to the quickest rival, a picture for each family."""
+    records, _ = speed_data.times(data)
+    for family, title in FAMILIES.items():
+        figure, axes = plt.subplots(2, 2, figsize=(9, 6.4))
+        for column, single in enumerate((True, False)):
+            of_family = sorted((r for r in records if r["family"] == family and r["type"].startswith("32") == single), key=lambda r: r["points"])
+            drawn(axes[0][column], of_family, lambda r, name: r["ns"][name])
+            drawn(axes[1][column], of_family, lambda r, name: r["ns"][name] / rival_of(r))
+            axes[0][column].set(title=f"{title}, {'single' if single else 'double'}", ylabel="ns", yscale="log")
+            axes[1][column].set(xlabel="points", ylabel="time / quickest rival's", ylim=(0, 2.2))
+            axes[0][column].legend(loc="upper left", fontsize=7)
+        figure.tight_layout()
+        save(figure, output / f"speed-{family}.svg")
+
+
+def rival_of(record):
+    """The time of the quickest that is not a copy of this library."""
+    return min(ns for name, ns in record["ns"].items() if name not in COPIES)
+
+
+def performance_means(data, output):
+    """The table of the performance page: geometric means of the ratio to the quickest rival, and the lengths behind it."""
+    records, processor = speed_data.times(data)
+    copies = [c for c in COPIES if any(c in r["ns"] for r in records)]
+    with open(output / "speed-means.csv", "w", encoding="utf-8") as file:
+        file.write("transform,precision," + ",".join(f"{c},slower at" for c in copies) + "\n")
+        for family, title in FAMILIES.items():
+            for single, name in ((True, "single"), (False, "double")):
+                of_family = [r for r in records if r["family"] == family and r["type"].startswith("32") == single]
+                cells = []
+                for copy in copies:
+                    ratios = [(r["points"], r["ns"][copy] / rival_of(r)) for r in of_family]
+                    mean = math.exp(sum(math.log(x) for _, x in ratios) / len(ratios))
+                    behind = [str(n) for n, x in ratios if x > 1]
+                    cells += [f"{mean:.2f}", "none" if not behind else " ".join(behind) if len(behind) <= 6 else f"{len(behind)} lengths"]
+                file.write(f"\"{title}\",{name}," + ",".join(cells) + "\n")
+    print(processor)
+
+
 def accuracy_means(data, output):
     """The table of the accuracy page: root mean squares over the lengths of a family."""
     measured = rows(data / "accuracy.tsv")
@@ -90,6 +150,8 @@ def main():
     layouts(output)
     accuracy(data, output)
     accuracy_means(data, output)
+    performance(data, output)
+    performance_means(data, output)
 
 
 main()
