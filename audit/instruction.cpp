@@ -42,7 +42,7 @@ constexpr Row kOperations[] = {
     PLAIN(VUNPCKLPS, Shuffle), PLAIN(VUNPCKHPS, Shuffle), PLAIN(VUNPCKLPD, Shuffle), PLAIN(VUNPCKHPD, Shuffle),
     PLAIN(VPERM2F128, Shuffle), PLAIN(VMOVHLPS, Shuffle), PLAIN(VMOVLHPS, Shuffle), PLAIN(VMOVDDUP, Shuffle),
     PLAIN(VMOVSHDUP, Shuffle), PLAIN(VMOVSLDUP, Shuffle), PLAIN(VINSERTF128, Shuffle), PLAIN(VEXTRACTF128, Shuffle),
-    PLAIN(VINSERTPS, Shuffle), PLAIN(VEXTRACTPS, Shuffle), PLAIN(VPSRLDQ, Shuffle), PLAIN(VPSLLDQ, Shuffle),
+    PLAIN(VINSERTPS, Shuffle), PLAIN(VPINSRD, Shuffle), PLAIN(VPINSRQ, Shuffle), PLAIN(VEXTRACTPS, Shuffle), PLAIN(VPSRLDQ, Shuffle), PLAIN(VPSLLDQ, Shuffle),
     PLAIN(VPERMPS, Shuffle), PLAIN(VPERMPD, Shuffle), PLAIN(VPERMT2PS, Shuffle), PLAIN(VPERMT2PD, Shuffle),
     PLAIN(VPERMI2PS, Shuffle), PLAIN(VPERMI2PD, Shuffle), PLAIN(VSHUFF32X4, Shuffle), PLAIN(VSHUFF64X2, Shuffle),
     PLAIN(VSHUFI32X4, Shuffle), PLAIN(VSHUFI64X2, Shuffle), PLAIN(VALIGND, Shuffle), PLAIN(VALIGNQ, Shuffle),
@@ -110,6 +110,8 @@ Operation by_operand_form(Operation operation, const Instruction& instruction) {
     case ZYDIS_MNEMONIC_VEXTRACTF64X4:
     case ZYDIS_MNEMONIC_VEXTRACTF128:
     case ZYDIS_MNEMONIC_VINSERTPS:
+    case ZYDIS_MNEMONIC_VPINSRD:
+    case ZYDIS_MNEMONIC_VPINSRQ:
     case ZYDIS_MNEMONIC_VEXTRACTPS:
       if (touches_memory) operation.kind = Kind::Insert;
       break;

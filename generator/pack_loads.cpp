@@ -41,6 +41,12 @@ int Loads::input_at(int source, int cell) const {
   return found == inputs_.end() ? kNone : found->second;
 }
 
+bool Loads::read(int source, int cell, int count) const {
+  for (int i = 0; i < count; ++i)
+    if (input_at(source, cell + i) == kNone) return false;
+  return true;
+}
+
 // As many cells as there are lanes.
 Loads::Source Loads::window(bool single, int source, int cell) const {
   const Type type = register_type(single, lanes_);
@@ -66,7 +72,7 @@ std::vector<Loads::Source> Loads::windows(const Lanes& want) const {
     const Operation& o = network_.operations[operation];
     const int first = std::max(0, o.cell - lanes_ + 1), last = std::min(o.cell, network_.cells - lanes_);
     for (int cell = first; cell <= last; ++cell)
-      if (grid_.parity < 0 || (lanes_ == 2 && cell % 2 == grid_.parity))
+      if (read(o.source, cell, lanes_) && (grid_.parity < 0 || (lanes_ == 2 && cell % 2 == grid_.parity)))
         found.try_emplace({o.source, cell}, window(o.single, o.source, cell));
   }
   std::vector<Source> out;
@@ -82,7 +88,7 @@ std::vector<Loads::Source> Loads::pairs(const Lanes& want) const {
     if (!needed(operation)) continue;
     const Operation& o = network_.operations[operation];
     const int start = (o.cell - grid_.parity) / 2 * 2 + grid_.parity;
-    if (o.cell < grid_.parity || start + 1 >= network_.cells) continue;
+    if (o.cell < grid_.parity || !read(o.source, start, 2)) continue;
     single = o.single;
     if (std::ranges::find(starts, std::pair(o.source, start)) == starts.end()) starts.emplace_back(o.source, start);
   }
@@ -115,7 +121,7 @@ Loads::Plan Loads::blended(const Lanes& want) const {
     if (there) continue;
     const Operation& o = network_.operations[want[l]];
     const int cell = o.cell - l;
-    const bool inside = cell >= 0 && cell + lanes_ <= network_.cells;
+    const bool inside = read(o.source, cell, lanes_);
     const bool several = std::ranges::count(want, want[l]) > 1;
     const bool free = grid_.parity < 0 || (lanes_ == 2 && (cell % 2 == grid_.parity));
     plan.sources.push_back(inside && free && !several ? window(o.single, o.source, cell) : broadcast(want[l]));

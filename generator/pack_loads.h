@@ -52,6 +52,8 @@ class Loads {
   Plan blended(const Lanes& want) const;
   Plan moved(const Lanes& want, const std::vector<Source>& sources);
   int input_at(int source, int cell) const;
+  // Whether the scalar program reads all of them: what it leaves alone, as the zeros of a half-spectrum, no load touches.
+  bool read(int source, int cell, int count) const;
   int emit_source(const Source& source);
 
   const Network& network_;
