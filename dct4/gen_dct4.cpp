@@ -70,7 +70,7 @@ std::string search_text(const std::string& table, const Target& target) {
   for (const std::string& type : kTypes)
     for (const StageKernel& k : stage_kernels(table, type))
       if (k.plan.whole())
-        text += pack::recipe_text(target.name, "dct4", k.plan.length, type, pack::search(k.net.program(), {2, 4}, target, {}).rule);
+        text += pack::recipe_text(target.name, "dct4", k.plan.length, type, pack::search(k.net.program(), target, {}).front().rule);
   return text;
 }
 

@@ -247,7 +247,7 @@ std::string kernel_text(const StageKernel& k, const std::string& type, const pac
   if (!form.program.pool().empty()) text += pool_text(form.program, pool, type == "32f", {}, 1);
   text += "template <>\n[[gnu::always_inline]] inline void Kernels<Precision>::" + name + "(" + k.parameters + ") {\n";
   for (const std::string& line : k.prelude) text += "  " + line + "\n";
-  std::vector<std::string> body = body_text(scheduled(std::move(form.program), k.plan.whole() ? forms.registers() : kRegisters), names);
+  std::vector<std::string> body = body_text(scheduled(std::move(form.program), forms.registers()), names);
   if (k.plan.finished_order) body = in_order_of_stores(body, k);
   for (const std::string& line : body) text += "  " + line + "\n";
   return text + "}\n\n";
