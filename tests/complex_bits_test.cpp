@@ -58,7 +58,7 @@ TEST_P(ComplexBits, AreThoseOfTheGraph) {
     const int precision = sizeof(T) == 4 ? 32 : 64;
     const ComplexRow& row = tables().row(precision, kernel.n);
     const LanedTransform graph = laned_transform(row.plan, kernel.sign, 1, Placement::Nested);
-    const Interpreter<T> definition(graph.graph, widens_products(precision, kernel.n));
+    const Interpreter<T> definition(graph.graph, row.widens_products());
     std::mt19937 engine(kernel.n);
     for (const Data data : kData)
       for (const int flag : kFlags) {
