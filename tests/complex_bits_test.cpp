@@ -11,6 +11,7 @@ namespace {
 
 using namespace complex_test;
 using namespace xfm;
+using namespace xfm::dft;
 
 const ComplexTables& tables() {
   static const ComplexTables read = ComplexTables::read(XFM_PLANS);
