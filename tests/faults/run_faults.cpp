@@ -240,7 +240,7 @@ Outcome outcome_of(const Options& options, const fs::path& snapshot, const Layer
   if (layer.inside(build_command(options, fault.targets)) != 0) {
     const bool due = !fault.refused.empty() && std::regex_search(read(layer.log()), std::regex(fault.refused));
     return due ? Outcome{"caught", "the build: " + line_with(layer.log(), fault.refused.c_str())}
-               : Outcome{"survived", "cannot be built: " + line_with(layer.log(), "error|refused|: .*:[0-9]+: |instead of|cannot")};
+               : Outcome{"survived", "cannot be built: " + line_with(layer.log(), "error|refused|: .*:[0-9]+: |instead of|cannot|FAILED")};
   }
   if (fault.tests.empty() || layer.inside(test_command(options, fault.tests)) == 0) return {"survived", ""};
   return {"caught", failed_test(layer.log())};
