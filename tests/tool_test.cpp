@@ -54,7 +54,12 @@ TEST_F(Tool, BenchWritesWhatItPrints) {
     for (const auto& row : report.at("rows")) EXPECT_GT(row.at(2).get<double>(), 0) << row;
     const std::string tsv = contents(path("a.tsv"));
     EXPECT_TRUE(tsv.starts_with("function\tN\t")) << tsv;
-    for (const auto& row : report.at("rows")) EXPECT_NE(tsv.find(row.at(0).get<std::string>() + "\t" + std::to_string(row.at(1).get<int>()) + "\t"), std::string::npos) << row;
+    for (const auto& row : report.at("rows")) {
+      const std::string start = row.at(0).get<std::string>() + "\t" + std::to_string(row.at(1).get<int>()) + "\t";
+      const size_t at = tsv.find(start);
+      ASSERT_NE(at, std::string::npos) << row;
+      EXPECT_NEAR(std::stod(tsv.substr(at + start.size())) / row.at(2).get<double>(), 1, 0.1) << row;
+    }
     EXPECT_EQ(run(XFM_TOOL " bench --from a.json --plot b.svg").status, 0);
     for (const char* plot : {"a.svg", "b.svg"}) EXPECT_NE(contents(path(plot)).find("</svg>"), std::string::npos) << family;
   }
@@ -109,6 +114,7 @@ TEST_F(Tool, BadInputIsOneLineThatNamesIt) {
       {"spectrum absent.wav", "absent.wav: cannot be opened"},
       {"spectrum table.tsv -o a.jpg", "a.jpg"},
       {"compress table.tsv", "table.tsv: cannot be read as sound"},
+      {"compress $'two\\nlines.wav'", "two lines.wav: cannot be opened"},
       {"compress --keep 101 table.tsv", "--keep"},
       {"compress --keep half table.tsv", "--keep"},
   };
