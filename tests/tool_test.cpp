@@ -63,6 +63,8 @@ TEST_F(Tool, BenchWritesWhatItPrints) {
     EXPECT_EQ(run(XFM_TOOL " bench --from a.json --plot b.svg").status, 0);
     for (const char* plot : {"a.svg", "b.svg"}) EXPECT_NE(contents(path(plot)).find("</svg>"), std::string::npos) << family;
   }
+  const char* const again = "chmod 640 a.tsv && " XFM_TOOL " bench wht --sizes 1 --rounds 1 --us 1 --rivals none --tsv a.tsv >/dev/null && stat -c %a a.tsv";
+  EXPECT_EQ(run(again).out, "640\n") << "the rights of the file that was there";
 }
 
 TEST_F(Tool, ResultsOfSoundHaveNamesOfTheirOwn) {
