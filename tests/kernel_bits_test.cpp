@@ -12,6 +12,7 @@
 #include "generator/interpret.h"
 #include "rdft/interpret.h"
 #include "rdft/rows.h"
+#include "rdft/transforms.h"
 #include "tests/arrays.h"
 #include "tests/kernel_values.h"
 #include "wht/levels.h"
@@ -57,24 +58,12 @@ Definition<T> complex_definition(const Function& f) {
 template <class T>
 Definition<T> real_definition(const Function& f) {
   using namespace rdft;
-  const struct {
-    const char* family;
-    Family table;
-    Layout source, target;
-  } layouts[] = {{"xfmgDFTFwd_RToCCS", Family::Forward, Layout::Samples, Layout::Ccs},
-                 {"xfmgDFTFwd_RToPack", Family::Forward, Layout::Samples, Layout::Pack},
-                 {"xfmgDFTFwd_RToPerm", Family::Forward, Layout::Samples, Layout::Perm},
-                 {"xfmgDFTInv_CCSToR", Family::Inverse, Layout::Ccs, Layout::Samples},
-                 {"xfmgDFTInv_PackToR", Family::Inverse, Layout::Pack, Layout::Samples},
-                 {"xfmgDFTInv_PermToR", Family::Inverse, Layout::Perm, Layout::Samples},
-                 {"xfmgHartley", Family::Hartley, Layout::Samples, Layout::Samples}};
-  const auto l = std::ranges::find_if(layouts, [&](const auto& row) { return f.family == row.family; });
-  check(l != std::end(layouts), f.family + " has a layout");
+  const Transform& t = transform_of(f.family);
   static std::map<Family, std::vector<Row>> tables;
-  if (!tables.contains(l->table)) tables[l->table] = read_rows(XFM_PLANS, l->table);
-  const Row& row = *std::ranges::find(tables[l->table], f.size, &Row::length);
-  const int source = f.size + static_cast<int>(zero_positions(l->source, f.size).size());
-  return {source, [&row, from = l->source, to = l->target](const std::vector<T>& src, T scale) {
+  if (!tables.contains(t.family)) tables[t.family] = read_rows(XFM_PLANS, t.family);
+  const Row& row = *std::ranges::find(tables[t.family], f.size, &Row::length);
+  const int source = f.size + static_cast<int>(zero_positions(t.source, f.size).size());
+  return {source, [&row, from = t.source, to = t.target](const std::vector<T>& src, T scale) {
             return FlowInterpreter<T>(row.flow).run(src, from, to, scale);
           }};
 }
