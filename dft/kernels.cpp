@@ -12,18 +12,18 @@ namespace xfm {
 
 namespace {
 
-Counts counts_on_one_lane(const ComplexPlan& plan, const Recipes& recipes, int sign) {
-  const LanedTransform plain = laned_transform(plan, recipes, sign, 1, Placement::Nested);
+Counts counts_on_one_lane(const ComplexPlan& plan, int sign) {
+  const LanedTransform plain = laned_transform(plan, sign, 1, Placement::Nested);
   std::vector<Ref> outputs;
   for (const Point& p : plain.outputs) outputs.push_back(p.ref);
   const Counts complex = count(plain.graph, outputs);
   return {2 * complex.additions, 2 * complex.multiplications};
 }
 
-Counts held_counts(const ComplexRow& row, const ComplexPlan& plan, const Recipes& recipes, int sign) {
-  const Counts counts = counts_on_one_lane(plan, recipes, sign);
+Counts held_counts(const ComplexRow& row, const ComplexPlan& plan, int sign) {
+  const Counts counts = counts_on_one_lane(plan, sign);
   if (counts != row.built)
-    throw InputError(row.where + ": length " + std::to_string(plan.length) + " by '" + row.text + "' takes " +
+    throw InputError(row.where + ": length " + std::to_string(plan.plan.length) + " by '" + row.text + "' takes " +
                      std::to_string(counts.additions) + " additions and " + std::to_string(counts.multiplications) +
                      " multiplications, the row has " + std::to_string(row.built.additions) + " and " +
                      std::to_string(row.built.multiplications));
@@ -84,16 +84,15 @@ const ComplexBody& least(const std::vector<ComplexBody>& bodies, F measure) {
 
 ComplexBody complex_body(const ComplexTables& tables, int precision, int length, int sign, const Choice& choice) {
   const ComplexRow& row = tables.row(precision, length);
-  const Recipes& recipes = tables.recipes.at(precision);
   ComplexPlan plan = row.plan;
   plan.flow = choice.flow.value_or(plan.flow);
-  const Counts counts = held_counts(row, plan, recipes, sign);
+  const Counts counts = held_counts(row, plan, sign);
   std::vector<ComplexBody> bodies;
   const std::vector<Candidate> all = candidates(precision, length, plan.flow);
   const bool has_form = std::any_of(all.begin(), all.end(), [&](const Candidate& c) { return c.form == choice.form; });
   for (const Candidate& c : all) {
     if (has_form && c.form != choice.form) continue;
-    const LanedTransform t = laned_transform(plan, recipes, sign, c.lanes, c.placement);
+    const LanedTransform t = laned_transform(plan, sign, c.lanes, c.placement);
     bodies.push_back({lowered(t, c), c.form, c.type, c.placement, c.lanes, counts});
   }
   const Form form = least(bodies, estimate).form;

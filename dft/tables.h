@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "dft/transform.h"
+#include "generator/functions.h"
 #include "generator/passes.h"
 
 namespace xfm {
@@ -21,13 +22,15 @@ struct ComplexRow {
 };
 
 struct ComplexTables {
-  // Both tables, validated: all lengths 2 to 64 in both precisions, lengths of plans, departures with reasons.
-  static ComplexTables read(const std::filesystem::path& plans, const std::filesystem::path& lane_blocks);
+  // The tables in a directory, validated: a row for every kernel of the function list and no other, lengths of plans,
+  // departures with reasons.
+  static ComplexTables read(const std::filesystem::path& plans);
 
   const ComplexRow& row(int precision, int length) const;
 
-  std::map<std::pair<int, int>, ComplexRow> rows;
-  std::map<int, Recipes> recipes;  // by precision
+  std::map<std::pair<int, int>, ComplexRow> rows;  // by precision and length
 };
+
+int precision_of(const Function& kernel);
 
 }  // namespace xfm

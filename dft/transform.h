@@ -17,12 +17,8 @@ namespace xfm {
 enum class Flow { Complex, HalfBlocks, Half };
 
 struct ComplexPlan {
-  enum class Method { Direct, Linked, RaderComplex, RealLane, Bluestein };
-  int length = 0;
-  Method method = Method::Linked;
+  Plan plan;
   Flow flow = Flow::Complex;
-  Plan plan;  // of the length itself, of a Rader's inner transform, of a chirp convolution
-  BlockForms forms;
 };
 
 // How the blocks of a stage are put on lanes.
@@ -36,6 +32,6 @@ struct LanedTransform {
   std::vector<Point> outputs;  // bin k of the transform
 };
 
-LanedTransform laned_transform(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement);
+LanedTransform laned_transform(const ComplexPlan& plan, int sign, int lanes, Placement placement);
 
 }  // namespace xfm

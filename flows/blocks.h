@@ -49,6 +49,7 @@ struct Physical {
     return g.scale(odd == 1 || odd == 7 ? square_root(Real(0.5)) : -square_root(Real(0.5)), sum);
   }
   bool centred() const { return false; }
+  const Plan& in_row(const Plan& plan, bool real) const { return real ? plan.in_real_rows() : plan.in_complex_rows(); }
   // A function of lists of references applied to both components of complex values.
   template <class F>
   std::vector<Ref> by_components(std::span<const Ref> x, F f) const {
@@ -77,6 +78,7 @@ struct Pairs {
   }
   Pair eighths(Pair a, int odd) const;
   bool centred() const { return conventions.centred; }
+  const Plan& in_row(const Plan& plan, bool) const { return plan.in_complex_rows(); }
   template <class F>
   std::vector<Pair> by_components(std::span<const Pair> x, F f) const {
     std::vector<Ref> component[2];
@@ -127,6 +129,9 @@ std::vector<typename A::Value> four_point(const A& alg, std::span<const typename
   return {alg.add(s, e), alg.add(d, f), alg.sub(s, e), alg.sub(d, f)};
 }
 
+// Bins of real data that are real.
+inline bool real_bin(int k, int length) { return k == 0 || 2 * k == length; }
+
 // Where the points of a link stand: input of block j at its point i, and output k2 of row k1.
 struct LinkMap {
   explicit LinkMap(const Plan& plan, bool centred = false);
@@ -147,15 +152,15 @@ struct LinkMap {
   int element, row, element_inverse, row_inverse;
 };
 
-// A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x, first_stage).
+// A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x).
 template <class A, class Block>
 std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span<const typename A::Value> x, int sign,
-                                       bool first_stage, const Block& block) {
+                                       const Block& block) {
   using Value = typename A::Value;
   if (!plan.link()) {
     if (plan.kind == Plan::Kind::Block && plan.length == 2) return two_point(alg, x);
     if (plan.kind == Plan::Kind::Block && plan.length == 4) return four_point(alg, x, sign);
-    return block(plan, x, first_stage);
+    return block(plan, x);
   }
   const LinkMap map(plan, alg.centred());
   std::vector<std::vector<Value>> u(map.b);
@@ -163,7 +168,7 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
     const Graph::Loop loop(alg.g, "class", j);
     std::vector<Value> in(map.a);
     for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
-    u[j] = planned<A>(alg, plan.first(), in, sign, first_stage, block);
+    u[j] = planned<A>(alg, plan.first(), in, sign, block);
   }
   std::vector<Value> y(map.length());
   for (int k1 = 0; k1 < map.a; ++k1) {
@@ -173,7 +178,7 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
       const Graph::Loop rotation(alg.g, "rotation", j);
       in[j] = map.twiddles ? twiddled(alg, u[j][k1], sign * j * map.bin(k1), map.length()) : u[j][k1];
     }
-    const std::vector<Value> z = planned<A>(alg, plan.second(), in, sign, first_stage && k1 == 0, block);
+    const std::vector<Value> z = planned<A>(alg, alg.in_row(plan.second(), real_bin(k1, map.a)), in, sign, block);
     for (int k2 = 0; k2 < map.b; ++k2) y[map.output(k1, k2)] = z[k2];
   }
   return y;

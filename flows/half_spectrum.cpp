@@ -42,9 +42,11 @@ Half HalfSpectra::real(const Plan& plan, std::span<const Ref> x, Wanted wanted) 
     case Plan::Kind::GoodThomas: return linked(plan, x, wanted);
     case Plan::Kind::Rader: return rader(plan, x, -1);
     case Plan::Kind::Block: return block(plan, x, -1, wanted);
+    case Plan::Kind::ComplexRader:
+    case Plan::Kind::Chirp:
     case Plan::Kind::Turned: break;
   }
-  check(false, "a plan of rows stands behind a link");
+  check(false, "a plan of half spectra");
   return {};
 }
 
@@ -58,13 +60,10 @@ Half HalfSpectra::with_sign(const Plan& plan, std::span<const Ref> x, int sign) 
 }
 
 std::vector<Pair> HalfSpectra::complex(const Plan& plan, std::span<const Pair> z) {
-  const auto apart = [&](const Plan& block, std::span<const Pair> in, bool) {
-    if (block.kind == Plan::Kind::Rows) return complex(block.second(), in);
-    const Plan* rader = block.kind == Plan::Kind::Block && primes_ ? primes_(block.length, false) : nullptr;
-    HalfSpectra part(g_, pairs_.conventions);
-    return joined<Pairs>(pairs_, in, [&](std::span<const Ref> x) { return part.real(rader ? *rader : block, x); });
+  const auto apart = [&](const Plan& block, std::span<const Pair> in) {
+    return joined<Pairs>(pairs_, in, [&](std::span<const Ref> x) { return real(block, x); });
   };
-  return planned<Pairs>(pairs_, plan, z, -1, false, apart);
+  return planned<Pairs>(pairs_, plan.in_complex_rows(), z, -1, apart);
 }
 
 Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Wanted wanted) {
@@ -76,7 +75,6 @@ Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Want
     return {{g_.add(s, e), {}}, bin, {g_.sub(s, e), {}}};
   }
   if (plan.length == 8) return eight_point(x, wanted);
-  if (const Plan* rader_plan = primes_ ? primes_(plan.length, true) : nullptr) return rader(*rader_plan, x, sign);
   return direct(x, sign);
 }
 
@@ -268,7 +266,7 @@ Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
   const int root = plan.numbering.root ? plan.numbering.root : primitive_root(p);
   std::vector<Ref> sequence;
   for (int q = 0; q < length; ++q) sequence.push_back(x[start * power_mod(root, q, p) % p]);
-  const Half bins = within("first", [&] { return HalfSpectra(g_, pairs_.conventions).real(plan.first(), sequence); });
+  const Half bins = within("first", [&] { return real(plan.first(), sequence); });
 
   HalfBins out(p);
   out.put(0, {g_.add(x[0], bins[0].re), {}});

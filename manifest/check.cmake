@@ -1,5 +1,6 @@
 # Every line of GRAPHS must begin a line of MANIFEST, whose further columns are of the machine code. Fails with the functions whose
 # lines do not, and writes AGREED where all do.
+cmake_minimum_required(VERSION 3.22)
 file(STRINGS ${MANIFEST} kept)
 file(STRINGS ${GRAPHS} built)
 set(known)

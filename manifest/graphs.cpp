@@ -50,7 +50,7 @@ std::string flow_digest(const rdft::Flow& flow, const rdft::Transform& t, bool s
 class Graphs {
  public:
   explicit Graphs(const std::string& plans)
-      : plans_(plans), complex_(ComplexTables::read(plans + "/complex_plans.tsv", plans + "/lane_blocks.tsv")) {}
+      : plans_(plans), complex_(ComplexTables::read(plans)) {}
 
   Line line(const Function& f) {
     const bool single = f.type.starts_with("32");
@@ -62,7 +62,7 @@ class Graphs {
     const int precision = single ? 32 : 64;
     const ComplexRow& row = complex_.row(precision, f.size);
     const LanedTransform t =
-        laned_transform(row.plan, complex_.recipes.at(precision), f.scale == ScaleRule::Forward ? -1 : +1, 1, Placement::Nested);
+        laned_transform(row.plan, f.scale == ScaleRule::Forward ? -1 : +1, 1, Placement::Nested);
     std::vector<Ref> outputs;
     for (const Point& p : t.outputs) outputs.push_back(p.ref);
     const Counts c = count(t.graph, outputs);

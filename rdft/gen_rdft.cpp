@@ -100,12 +100,8 @@ std::string instructions_text(const std::string& plans, const pack::Forms& forms
   for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : read_rows(plans, t.family)) {
-        int adds = 0, muls = 0;
-        for (const Inst& inst : form_of(t, row, type, forms).program.insts()) {
-          adds += inst.op == Op::Add || inst.op == Op::Sub || inst.op == Op::AddSub || inst.op == Op::SignedAdd;
-          muls += inst.op == Op::Mul;
-        }
-        text += symbol(t, row.length, type) + "\t" + std::to_string(adds) + "\t" + std::to_string(muls) + "\n";
+        const pack::Arithmetic made = pack::arithmetic(form_of(t, row, type, forms).program);
+        text += symbol(t, row.length, type) + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\n";
       }
   return text;
 }

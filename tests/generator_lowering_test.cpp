@@ -18,7 +18,7 @@ using namespace xfm;
 using namespace kernel_values;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
@@ -47,7 +47,7 @@ void expect_bits(const Program& program, size_t count, const Definition& definit
 template <class T>
 int expect_bits_of_complex_forms(int n, int sign) {
   const int precision = 8 * sizeof(T);
-  const LanedTransform graph = laned_transform(tables().row(precision, n).plan, tables().recipes.at(precision), sign, 1, Placement::Nested);
+  const LanedTransform graph = laned_transform(tables().row(precision, n).plan, sign, 1, Placement::Nested);
   const auto definition = [&](const std::vector<T>& source, T scale) {
     std::vector<std::complex<T>> x;
     for (int i = 0; i < n; ++i) x.emplace_back(source[2 * i], source[2 * i + 1]);

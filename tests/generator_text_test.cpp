@@ -22,7 +22,7 @@ namespace {
 using namespace xfm;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
