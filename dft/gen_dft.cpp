@@ -1,6 +1,7 @@
 // Writes one unit of complex kernels by the tables of a directory: gen_dft PLANS REPORT DISPATCHER OUTPUT
-// DISPATCHER:split and DISPATCHER:interleaved take that form wherever a size has a choice, DISPATCHER:complex-bins no half spectra
-// between stages, for comparing them.
+// For comparing them DISPATCHER:split takes the split form wherever a row has it, DISPATCHER:complex-bins no half spectra
+// between stages.
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -26,8 +27,7 @@ std::string plan_of(const ComplexRow& row) {
 }
 
 Choice choice_named(const std::string& name) {
-  if (name == "split") return {.form = Form::Split};
-  if (name == "interleaved") return {.form = Form::Interleaved};
+  if (name == "split") return {.form = name};
   if (name == "complex-bins") return {.flow = Flow::Complex};
   throw InputError("unknown choice '" + name + "'");
 }
@@ -56,11 +56,11 @@ void generate(int argc, char** argv) {
   std::string text = unit_head(output.stem(), "gen_dft");
   std::string report = "name\tplan\tform\tA\tM\ttable A\ttable M\tadds\tmuls\tshuffles\tloads\tstores\tport cycles\treason\n";
   for (const Function* f : kernels) {
-    const int precision = precision_of(*f);
-    const ComplexRow& row = tables.row(precision, f->size);
-    const ComplexBody body = complex_body(tables, precision, f->size, f->scale == ScaleRule::Forward ? -1 : +1, choice);
+    const ComplexRow& row = tables.row(precision_of(*f), f->size);
+    const ComplexBody body = complex_body(row, f->scale == ScaleRule::Forward ? -1 : +1, choice);
+    if (std::ranges::count(body.form->gates, f->gate) == 0) throw InputError(row.where + ": " + f->name + " has a gate that its form has not");
     Kernel kernel = Kernel::of(*f);
-    kernel.scale_lanes = body.type == Type::F64x2 ? 2 : 1;
+    kernel.scale_lanes = body.form->type == Type::F64x2 ? 2 : 1;
     kernel.note = plan_of(row) + "; " + describe(body) + "; " + std::to_string(body.counts.additions) + " additions, " +
                   std::to_string(body.counts.multiplications) + " multiplications";
     kernel.body = scheduled(body.program);

@@ -79,9 +79,21 @@ Plan plan_of(const TableRow& row, const Blocks& blocks) {
   return with_primes(std::move(plan), blocks.primes, row.integer("precision"));
 }
 
+// "split, interleaved by 2"
+std::vector<const WorkingForm*> forms_in(const TableRow& row) {
+  std::vector<const WorkingForm*> forms;
+  for (const std::string& name : split(row["forms"], ',')) {
+    forms.push_back(working_form(row.integer("precision"), trim(name)));
+    if (!forms.back()) row.fail("no working form '" + std::string(trim(name)) + "' in this precision");
+    if (forms.back()->widens != forms[0]->widens) row.fail("forms of different precision of the products");
+  }
+  return forms;
+}
+
 ComplexRow read_row(const TableRow& row, const Blocks& blocks) {
   const StatedCount additions = stated_count(row, "A"), multiplications = stated_count(row, "M");
   ComplexRow made{{plan_of(row, blocks), flow_in(row)},
+                  forms_in(row),
                   row["plan"],
                   {additions.reference, multiplications.reference},
                   {additions.built, multiplications.built},
@@ -110,7 +122,7 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans) {
   Blocks blocks;
   blocks.named = read_blocks(plans / "complex_blocks.tsv", kLargestButterfly, &blocks.primes);
   const std::filesystem::path file = plans / "complex_plans.tsv";
-  const Table table = Table::read(file, {"N", "precision", "plan", "runs", "flow", "A", "M", "built A", "built M", "reason"});
+  const Table table = Table::read(file, {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
   ComplexTables tables;
   for (const TableRow& row : table.rows()) {
     const std::pair key(row.integer("precision"), row.integer("N"));

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "dft/forms.h"
 #include "dft/transform.h"
 #include "generator/functions.h"
 #include "generator/passes.h"
@@ -14,11 +15,15 @@ namespace xfm {
 
 struct ComplexRow {
   ComplexPlan plan;
+  std::vector<const WorkingForm*> forms;  // one or more; the kernel stands in the quickest of them
   std::string text;        // as the table has it
   Counts reference;        // additions and multiplications of real numbers, the scale left out
   Counts built;            // what a kernel must have: the reference, or a departure with its reason
   std::string reason;      // empty where the reference is met
   std::string where;       // file and line
+
+  // Every form of a row widens or none does: it decides bits.
+  bool widens_products() const { return forms[0]->widens; }
 };
 
 struct ComplexTables {

@@ -66,7 +66,7 @@ class Graphs {
     std::vector<Ref> outputs;
     for (const Point& p : t.outputs) outputs.push_back(p.ref);
     const Counts c = count(t.graph, outputs);
-    return {row.text, 2 * c.additions, 2 * c.multiplications, 2 * products_with_turns(t.graph, outputs), digest(t.graph, t.outputs, single, widens_products(precision, f.size))};
+    return {row.text, 2 * c.additions, 2 * c.multiplications, 2 * products_with_turns(t.graph, outputs), digest(t.graph, t.outputs, single, row.widens_products())};
   }
 
   Line real(const Function& f, bool single) {

@@ -41,7 +41,7 @@ TEST_F(ComplexPlans, TheTablesThemselvesAreAccepted) {
 }
 
 TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
-  enum Column { kLength, kPrecision, kPlan, kRuns, kFlow, kA, kM, kBuiltA };
+  enum Column { kLength, kPrecision, kPlan, kRuns, kFlow, kForms, kA, kM, kBuiltA };
   struct Case {
     const char* length;
     Column column;
@@ -75,6 +75,10 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"6", kFlow, "both", "unknown flow 'both'"},
       {"6", kFlow, "half-blocks", "has nothing to change"},
       {"7", kFlow, "half", "has nothing to change"},
+      {"6", kForms, "quick", "no working form 'quick'"},
+      {"6", kForms, "interleaved by 1", "no working form 'interleaved by 1' in this precision"},
+      {"6", kForms, "split, scalar", "forms of different precision of the products"},
+      {"6", kForms, "scalar", "xfmgDFTFwd_CToC_6_32fc has a gate that its form has not"},
       {"15", kA, "157", "takes 156 additions and 68 multiplications, the row has 157 and 68"},
       {"15", kM, "many", "not an integer"},
       {"15", kBuiltA, "156", "needs its reason"},  // a departure is told in full
@@ -160,7 +164,7 @@ TEST_F(ComplexPlans, AnOlderUnitStaysWhatItWas) {
   fs::create_directory(folder_ / "out");
   std::ofstream(folder_ / "out/unit.cpp") << "older";
   const size_t line = plans_.find({"64", "32"});
-  plans_[line][5] = "921";
+  plans_[line][6] = "921";
   EXPECT_EQ(generate(), 1);
   std::ifstream in(folder_ / "out/unit.cpp");
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "older");

@@ -11,6 +11,7 @@
 #include "rdft/rows.h"
 #include "rdft/transforms.h"
 #include "tests/kernel_values.h"
+#include "tests/live_lanes.h"
 
 namespace {
 
@@ -43,33 +44,59 @@ void expect_bits(const Program& program, size_t count, const Definition& definit
   }
 }
 
-// Every form in which the length is lowered; how many there are.
 template <class T>
-int expect_bits_of_complex_forms(int n, int sign) {
-  const int precision = 8 * sizeof(T);
-  const LanedTransform graph = laned_transform(tables().row(precision, n).plan, sign, 1, Placement::Nested);
+void expect_bits_of_complex_forms(const ComplexRow& row, int sign) {
+  const int n = row.plan.plan.length;
+  const LanedTransform graph = laned_transform(row.plan, sign, 1, Placement::Nested);
   const auto definition = [&](const std::vector<T>& source, T scale) {
     std::vector<std::complex<T>> x;
     for (int i = 0; i < n; ++i) x.emplace_back(source[2 * i], source[2 * i + 1]);
     std::vector<T> y;
-    for (const auto& v : Interpreter<T>(graph.graph, widens_products(precision, n)).run(graph.outputs, x, scale)) y.insert(y.end(), {v.real(), v.imag()});
+    for (const auto& v : Interpreter<T>(graph.graph, row.widens_products()).run(graph.outputs, x, scale)) y.insert(y.end(), {v.real(), v.imag()});
     return y;
   };
-  int forms = 0;
-  for (const Form form : {Form::Scalar, Form::Split, Form::Interleaved}) {
-    const ComplexBody body = complex_body(tables(), precision, n, sign, {.form = form});
-    if (body.form != form) continue;
-    ++forms;
-    expect_bits<T>(body.program, 2 * n, definition, std::to_string(precision) + " bits, N = " + std::to_string(n) + ", " + describe(body));
+  for (const WorkingForm* form : row.forms) {
+    const ComplexBody body = complex_body(row, sign, {.form = form->name});
+    ASSERT_EQ(body.form, form);
+    expect_bits<T>(body.program, 2 * n, definition, row.where + ", " + describe(body));
   }
-  return forms;
 }
 
 TEST(GeneratorLowering, EveryFormOfEveryComplexLengthHasTheBitsOfTheGraph) {
-  int forms = 0;
-  for (int n = 2; n <= 64; ++n)
-    for (const int sign : {-1, +1}) forms += expect_bits_of_complex_forms<float>(n, sign) + expect_bits_of_complex_forms<double>(n, sign);
-  EXPECT_EQ(forms, 2 * (63 + 63 + (63 - 4 - 4))) << "two of most single lengths: split and interleaved";
+  size_t forms = 0;
+  for (const auto& [of, row] : tables().rows) {
+    forms += row.forms.size();
+    for (const int sign : {-1, +1})
+      of.first == 32 ? expect_bits_of_complex_forms<float>(row, sign) : expect_bits_of_complex_forms<double>(row, sign);
+  }
+  EXPECT_EQ(forms, 63u + 63 + (63 - 4 - 4)) << "two of single lengths but the smallest and those of 256 bits";
+}
+
+// Lane by lane a program does what its row states, and the products with the scale, whatever the register: nothing is done twice,
+// and what a lane does beside others keeps its value.
+TEST(GeneratorLowering, ComplexProgramsDoTheOperationsOfTheirRows) {
+  for (const auto& [of, row] : tables().rows)
+    for (const int sign : {-1, +1}) {
+      const ComplexBody body = complex_body(row, sign);
+      const test::LaneCounts counts = test::LiveLanes(body.program).counts();
+      EXPECT_EQ(counts.sums, row.built.additions) << row.where << ", " << describe(body);
+      EXPECT_EQ(counts.products - counts.opposite, row.built.multiplications + 2 * row.plan.plan.length) << row.where << ", " << describe(body);
+    }
+}
+
+// The gate between a flow's costs and its program speaks of each of them.
+TEST(GeneratorLowering, ProgramsThatDoNotDoWhatTheirFlowCostsAreRefused) {
+  using namespace rdft;
+  using C = FlowCounts;
+  const Row row = read_rows(XFM_PLANS, Family::Forward)[13];  // 15 points: it has all but doublings
+  const Program program = lower(row.flow, Layout::Samples, Layout::Pack, Precision::Single);
+  EXPECT_NO_THROW(check_lowered(program, row.flow, row.counts, Precision::Single));
+  for (int C::*const count : {&C::single_additions, &C::double_additions, &C::multiplications, &C::doublings, &C::widenings,
+                              &C::inner_narrowings}) {
+    C other = row.counts;
+    ++(other.*count);
+    EXPECT_THROW(check_lowered(program, row.flow, other, Precision::Single), InternalError);
+  }
 }
 
 TEST(GeneratorLowering, RealProgramsHaveTheBitsOfTheFlow) {

@@ -165,7 +165,7 @@ TEST(Plans, RealRowsHaveTheStagesOfTheReference) {
 
 TEST(Plans, ComplexRowsAreThoseOfTheReference) {
   const std::map<int, TableRow> want = reference();
-  const Table table = Table::read(kPlans / "complex_plans.tsv", {"N", "precision", "plan", "runs", "flow", "A", "M", "built A", "built M", "reason"});
+  const Table table = Table::read(kPlans / "complex_plans.tsv", {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
   EXPECT_EQ(table.rows().size(), 2 * want.size());
   for (const TableRow& row : table.rows()) {
     const std::string& expected = want.at(row.integer("N"))["complex " + row["precision"]];

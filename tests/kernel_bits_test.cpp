@@ -46,9 +46,9 @@ template <class T>
 Definition<T> complex_definition(const Function& f) {
   static const ComplexTables tables = ComplexTables::read(XFM_PLANS);
   const int precision = sizeof(T) == 4 ? 32 : 64, sign = f.scale == ScaleRule::Forward ? -1 : +1;
-  const auto graph = std::make_shared<LanedTransform>(
-      laned_transform(tables.row(precision, f.size).plan, sign, 1, Placement::Nested));
-  return {2 * f.size, [graph, widen = widens_products(precision, f.size)](const std::vector<T>& src, T scale) {
+  const ComplexRow& row = tables.row(precision, f.size);
+  const auto graph = std::make_shared<LanedTransform>(laned_transform(row.plan, sign, 1, Placement::Nested));
+  return {2 * f.size, [graph, widen = row.widens_products()](const std::vector<T>& src, T scale) {
             std::vector<T> out;
             for (const auto& v : Interpreter<T>(graph->graph, widen).run(graph->outputs, pairs(src), scale)) out.insert(out.end(), {v.real(), v.imag()});
             return out;
