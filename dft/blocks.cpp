@@ -1,27 +1,6 @@
 #include "dft/blocks.h"
 
-namespace xfm {
-
-namespace {
-
-// Rader as a block: the values at x[g^q] through the inner plan, the spectrum, and the plan back. x[0] enters at bin 0
-// only, which feeds it to all outputs.
-std::vector<Ref> rader_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign) {
-  const int p = plan.length, root = primitive_root(p), length = p - 1;
-  std::vector<Ref> in, out(p);
-  for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, p)]);
-  std::vector<Ref> bins = complex_block(g, plan.first(), in, -1);
-  out[0] = g.add(x[0], bins[0]);
-  const std::vector<ComplexNumber> spectrum = rader_spectrum(p, root, sign);
-  for (int j = 0; j < length; ++j) bins[j] = Physical{g}.times(bins[j], spectrum[j].re, spectrum[j].im);
-  bins[0] = g.add(x[0], bins[0]);
-  const std::vector<Ref> c = complex_block(g, mirrored(plan.first()), bins, +1);
-  const int inverse_root = inverse_mod(root, p);
-  for (int q = 0; q < length; ++q) out[power_mod(inverse_root, q, p)] = c[q];
-  return out;
-}
-
-}  // namespace
+namespace xfm::dft {
 
 std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign) {
   HalfSpectra flow(g, {});
@@ -29,10 +8,16 @@ std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const
 }
 
 std::vector<Ref> complex_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign) {
-  const auto prime = [&](const Plan& block, std::span<const Ref> in) {
-    return block.kind == Plan::Kind::ComplexRader ? rader_block(g, block, in, sign) : half_spectrum_block(g, block, in, sign);
+  const Physical alg{g};
+  const auto multiply = [&](std::vector<Ref>& bins, const std::vector<ComplexNumber>& constants) {
+    for (size_t j = 0; j < bins.size(); ++j) bins[j] = alg.times(bins[j], constants[j].re, constants[j].im);
   };
-  return planned<Physical>(Physical{g}, plan, x, sign, prime);
+  const auto prime = [&](const Plan& block, std::span<const Ref> in) {
+    if (block.kind != Plan::Kind::ComplexRader) return half_spectrum_block(g, block, in, sign);
+    return complex_rader(block, in, sign, [&](Ref a, Ref b) { return g.add(a, b); }, multiply,
+                         [&](const Plan& inner, std::span<const Ref> values, int s) { return complex_block(g, inner, values, s); });
+  };
+  return planned<Physical>(alg, plan, x, sign, prime);
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

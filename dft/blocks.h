@@ -5,7 +5,7 @@
 
 #include "flows/half_spectrum.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 // A whole plan as two half spectra, of the real and of the imaginary parts of the data.
 std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign);
@@ -13,4 +13,4 @@ std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const
 // Complex bins between the stages; primes as two half spectra, or by Rader's method on complex data.
 std::vector<Ref> complex_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign);
 
-}  // namespace xfm
+}  // namespace xfm::dft

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
@@ -28,4 +28,4 @@ const WorkingForm* working_form(int precision, std::string_view name) {
   return found == std::end(kForms) ? nullptr : found;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

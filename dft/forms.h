@@ -9,7 +9,7 @@
 #include "generator/gate.h"
 #include "generator/lanes.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 struct WorkingForm {
   std::string name;         // in plans/complex_plans.tsv, reports and notes
@@ -23,4 +23,4 @@ struct WorkingForm {
 // Null where a precision has no form of that name.
 const WorkingForm* working_form(int precision, std::string_view name);
 
-}  // namespace xfm
+}  // namespace xfm::dft

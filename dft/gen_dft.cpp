@@ -14,7 +14,7 @@
 #include "generator/table.h"
 #include "generator/text.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
@@ -73,6 +73,6 @@ void generate(int argc, char** argv) {
 
 }  // namespace
 
-}  // namespace xfm
+}  // namespace xfm::dft
 
-int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::generate); }
+int main(int argc, char** argv) { return xfm::run_program(argc, argv, xfm::dft::generate); }

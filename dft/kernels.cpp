@@ -7,7 +7,7 @@
 #include "generator/core_model.h"
 #include "generator/schedule.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string describe(const ComplexBody& body) {
   return body.form->name + (body.placement == Placement::Flattened ? ", stages apart" : "");
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

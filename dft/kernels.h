@@ -7,7 +7,7 @@
 #include "dft/tables.h"
 #include "generator/machine.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 struct ComplexBody {
   Program program;
@@ -28,4 +28,4 @@ ComplexBody complex_body(const ComplexRow& row, int sign, const Choice& choice =
 
 std::string describe(const ComplexBody& body);
 
-}  // namespace xfm
+}  // namespace xfm::dft

@@ -8,7 +8,7 @@
 #include "generator/functions.h"
 #include "generator/table.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
@@ -135,4 +135,4 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans) {
   return tables;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

@@ -11,7 +11,7 @@
 #include "generator/functions.h"
 #include "generator/passes.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 struct ComplexRow {
   ComplexPlan plan;
@@ -38,4 +38,4 @@ struct ComplexTables {
 
 int precision_of(const Function& kernel);
 
-}  // namespace xfm
+}  // namespace xfm::dft

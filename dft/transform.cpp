@@ -9,11 +9,18 @@
 #include "generator/check.h"
 #include "generator/passes.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
-using Points = std::vector<Point>;
+// A lane of a vector, or a cell of the source, which is loaded where it is gathered.
+struct Spot : Point {
+  int cell = -1;
+
+  bool is_cell() const { return cell >= 0; }
+  bool missing() const { return !ref && !is_cell(); }
+};
+using Points = std::vector<Spot>;
 
 class Builder {
  public:
@@ -22,9 +29,9 @@ class Builder {
 
   LanedTransform build() {
     Points x;
-    for (int n = 0; n < plan_.length; ++n) x.push_back({{-2, 0}, n});  // a cell of the source, loaded where it is gathered
+    for (int n = 0; n < plan_.length; ++n) x.push_back({{}, n});
     LanedTransform made;
-    made.outputs = transform(x);
+    for (const Spot& p : transform(x)) made.outputs.push_back(p);
     std::vector<Ref> refs;
     for (const Point& p : made.outputs) refs.push_back(p.ref);
     made.graph = turn_products(merge_constants(g_, refs), refs);
@@ -39,19 +46,17 @@ class Builder {
     return flow_ == Flow::Half ? blocks(plan_, {x}, sign_)[0] : linked(plan_, {x}, sign_)[0];
   }
 
-  static bool is_cell(const Point& p) { return p.ref.node == -2; }
-
   // A vector of up to `lanes` points. Cells of the source become one load; the missing lanes are empty.
   Ref gather(Points points) {
-    points.resize(g_.lanes(), {{}, kAnyLane});
-    for (Point& p : points)
-      if (!p.ref && !is_cell(p)) p.lane = kAnyLane;
-    if (std::any_of(points.begin(), points.end(), is_cell)) {
+    points.resize(g_.lanes());
+    if (std::any_of(points.begin(), points.end(), [](const Spot& p) { return p.is_cell(); })) {
       std::vector<int> cells;
-      for (const Point& p : points) cells.push_back(is_cell(p) ? p.lane : -1);
+      for (const Spot& p : points) cells.push_back(p.cell);
       return g_.input(cells);
     }
-    return g_.regroup(points);
+    std::vector<Point> lanes;
+    for (const Spot& p : points) lanes.push_back(p.ref ? Point(p) : Point{{}, kAnyLane});
+    return g_.regroup(lanes);
   }
 
   Ref gather_point(const std::vector<Points>& instances, std::span<const size_t> lanes, int point) {
@@ -74,7 +79,7 @@ class Builder {
   std::vector<size_t> side_by_side(const std::vector<Points>& instances) const {
     std::vector<size_t> order(instances.size());
     std::iota(order.begin(), order.end(), 0);
-    if (g_.lanes() != 2 || is_cell(instances[0][0])) return order;
+    if (g_.lanes() != 2 || instances[0][0].is_cell()) return order;
     const auto together = [&](size_t low, size_t high) {
       for (size_t n = 0; n < instances[low].size(); ++n) {
         const Point &a = instances[low][n], &b = instances[high][n];
@@ -113,7 +118,7 @@ class Builder {
       for (const auto& [kind, lanes] : alike) {
         std::vector<Ref> in;
         for (int n = 0; n < plan.length; ++n) {
-          Points row(g_.lanes(), {{}, kAnyLane});
+          Points row(g_.lanes());
           for (int l : lanes) row[l] = instances[order[start + l]][n];
           in.push_back(gather(std::move(row)));
         }
@@ -127,7 +132,7 @@ class Builder {
 
   static std::vector<bool> missing(const Points& points) {
     std::vector<bool> lacks;
-    for (const Point& p : points) lacks.push_back(!p.ref && !is_cell(p));
+    for (const Spot& p : points) lacks.push_back(p.missing());
     return lacks;
   }
 
@@ -137,11 +142,8 @@ class Builder {
     const LinkMap map(plan);
     const int count = static_cast<int>(instances.size());
     std::vector<Points> in;
-    for (int m = 0; m < count; ++m)
-      for (int j = 0; j < map.b; ++j) {
-        in.emplace_back();
-        for (int i = 0; i < map.a; ++i) in.back().push_back(instances[m][map.input(i, j)]);
-      }
+    for (const Points& x : instances)
+      for (Points& points : map.classes(std::span<const Spot>(x))) in.push_back(std::move(points));
     std::vector<Points> u = inner(plan.first(), in, sign);
 
     std::vector<Points> rows;
@@ -231,28 +233,20 @@ class Builder {
 
   // One vector of the lanes of several: shuffles of more than two lanes share their first steps where they take vectors whole.
   std::vector<Ref> in_one(const std::vector<Ref>& by_lane) {
-    Points points;
+    std::vector<Point> points;
     for (int l = 0; l < g_.lanes(); ++l) points.push_back(by_lane[l] ? Point{by_lane[l], l} : Point{{}, kAnyLane});
     return std::vector<Ref>(by_lane.size(), g_.regroup(points));
   }
 
   Points rader(const Points& x) {
-    const int p = plan_.length, root = primitive_root(p), length = p - 1;
-    Points in;
-    for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, p)]);
-    Points bins = linked(plan_.first(), {in}, -1)[0];
-    Points y(p);
-    const int lane = bins[0].lane;
-    Points alone(g_.lanes(), {{}, kAnyLane});
-    alone[lane] = x[0];
-    const Ref first = gather(std::move(alone));
-    y[0] = {g_.add(first, bins[0].ref), lane};
-    multiply(bins, rader_spectrum(p, root, sign_));
-    bins[0].ref = g_.add(first, bins[0].ref);
-    const Points c = linked(mirrored(plan_.first()), {bins}, +1)[0];
-    const int inverse_root = power_mod(root, p - 2, p);
-    for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
-    return y;
+    const auto add = [&](const Spot& first, const Spot& bin) {
+      Points alone(g_.lanes());
+      alone[bin.lane] = first;
+      return Spot{{g_.add(gather(std::move(alone)), bin.ref), bin.lane}};
+    };
+    const auto run = [&](const Plan& plan, const Points& points, int sign) { return linked(plan, {points}, sign)[0]; };
+    const auto times = [&](Points& bins, const std::vector<ComplexNumber>& spectrum) { multiply(bins, spectrum); };
+    return complex_rader(plan_, std::span<const Spot>(x), sign_, add, times, run);
   }
 
   Points chirp(const Points& x) {
@@ -318,4 +312,4 @@ LanedTransform laned_transform(const ComplexPlan& plan, int sign, int lanes, Pla
   return Builder(plan, sign, lanes, placement).build();
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

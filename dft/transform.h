@@ -10,7 +10,7 @@
 #include "dft/blocks.h"
 #include "generator/graph.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 // What stands between the stages of a plan: complex bins; or, where it saves rotations, half spectra of the real and of the
 // imaginary parts, in those of its blocks that are plans themselves or throughout.
@@ -34,4 +34,4 @@ struct LanedTransform {
 
 LanedTransform laned_transform(const ComplexPlan& plan, int sign, int lanes, Placement placement);
 
-}  // namespace xfm
+}  // namespace xfm::dft

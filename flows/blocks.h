@@ -137,6 +137,14 @@ struct LinkMap {
   explicit LinkMap(const Plan& plan, bool centred = false);
   int length() const { return a * b; }
   int input(int i, int j) const { return twiddles ? i * b + j : (b * i * element + a * j * row) % length(); }
+  // The points of each block of the first stage.
+  template <class T>
+  std::vector<std::vector<T>> classes(std::span<const T> x) const {
+    std::vector<std::vector<T>> all(b);
+    for (int j = 0; j < b; ++j)
+      for (int i = 0; i < a; ++i) all[j].push_back(x[input(i, j)]);
+    return all;
+  }
   // The bin of a class that row k1 stands for.
   int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
   int output(int k1, int k2) const {
@@ -163,12 +171,10 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
     return block(plan, x);
   }
   const LinkMap map(plan, alg.centred());
-  std::vector<std::vector<Value>> u(map.b);
+  std::vector<std::vector<Value>> u = map.classes(x);
   for (int j = 0; j < map.b; ++j) {
     const Graph::Loop loop(alg.g, "class", j);
-    std::vector<Value> in(map.a);
-    for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
-    u[j] = planned<A>(alg, plan.first(), in, sign, block);
+    u[j] = planned<A>(alg, plan.first(), u[j], sign, block);
   }
   std::vector<Value> y(map.length());
   for (int k1 = 0; k1 < map.a; ++k1) {
@@ -184,11 +190,46 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
   return y;
 }
 
-// C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), the constant spectrum of Rader's method with the root g
-// (L = p-1, W = exp(sign*2*pi*i/p)). C[0] = -1/L exactly, and C[L/2] is real or imaginary.
 struct ComplexNumber {
   Real re = 0, im = 0;
 };
-std::vector<ComplexNumber> rader_spectrum(int prime, int root, int sign);
+
+// Rader's method: with a primitive root g the bins of prime length p are a cyclic convolution of length L = p-1 of x[g^q]
+// with exp(-2*pi*i*g^-q/p), whose results stand at the bins g^-q; x[0] is in all of them.
+class RaderMap {
+ public:
+  explicit RaderMap(const Plan& plan);
+
+  // x[start*g^q] for all q, and the bin of result q.
+  template <class T>
+  std::vector<T> sequence(std::span<const T> x) const {
+    std::vector<T> in;
+    for (int q = 0; q < length; ++q) in.push_back(x[start_ * power_mod(root_, q, prime_) % prime_]);
+    return in;
+  }
+  int output(int q) const { return inverse_mod(start_, prime_) * power_mod(inverse_mod(root_, prime_), q, prime_) % prime_; }
+  // C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), W = exp(sign*2*pi*i/p): C[0] = -1/L exactly, and C[L/2] is
+  // real or imaginary.
+  std::vector<ComplexNumber> spectrum(int sign) const;
+
+  const int length;
+
+ private:
+  const int prime_, root_, start_;
+};
+
+// Rader's method on complex values: `run` makes a transform, run(plan, x, sign); `multiply` takes bins times constants. x[0]
+// enters at bin 0 only, which feeds it to all outputs.
+template <class Value, class Add, class Multiply, class Run>
+std::vector<Value> complex_rader(const Plan& plan, std::span<const Value> x, int sign, Add add, Multiply multiply, Run run) {
+  const RaderMap map(plan);
+  std::vector<Value> bins = run(plan.first(), map.sequence(x), -1), y(plan.length);
+  y[0] = add(x[0], bins[0]);
+  multiply(bins, map.spectrum(sign));
+  bins[0] = add(x[0], bins[0]);
+  const std::vector<Value> results = run(mirrored(plan.first()), bins, +1);
+  for (int q = 0; q < map.length; ++q) y[map.output(q)] = results[q];
+  return y;
+}
 
 }  // namespace xfm

@@ -20,6 +20,8 @@ namespace xfm {
 
 namespace {
 
+using namespace dft;
+
 struct Line {
   std::string plan;
   int additions, multiplications, products;

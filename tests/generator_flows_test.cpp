@@ -12,6 +12,7 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 using graph_values::definition;
 using graph_values::deviation;
 using graph_values::source;

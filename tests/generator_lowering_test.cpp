@@ -16,6 +16,7 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 using namespace kernel_values;
 
 const ComplexTables& tables() {

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 
 const ComplexTables& tables() {
   static const ComplexTables read = ComplexTables::read(XFM_PLANS);

@@ -21,6 +21,7 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 using namespace kernel_values;
 
 const FunctionList& functions() {
