@@ -11,8 +11,8 @@
 
 #include "bench/race.h"
 #include "bench/report.h"
+#include "generator/output.h"
 #include "tool/copies.h"
-#include "tool/output_file.h"
 #include "tool/picture.h"
 
 namespace xfm::bench {
@@ -55,7 +55,7 @@ class Results {
   void write(const std::vector<Report>& reports);
 
  private:
-  std::unique_ptr<tool::OutputFile> tsv_, json_, plot_;
+  std::unique_ptr<OutputFile> tsv_, json_, plot_;
   tool::PictureFormat format_ = tool::PictureFormat::Svg;
 };
 

@@ -188,7 +188,7 @@ std::string caught_by(const Options& options, const Copy& copy, const std::strin
   if (copy.inside("cmake --build " + build + " -j 1 --target " + targets) != 0)
     return "the build: " + line_with(copy.log(), "error|refused|: .*:[0-9]+: |instead of|cannot");
   if (copy.inside("ctest --test-dir " + build + " --no-tests=error --timeout 600 -LE faults -R " + quoted(tests)) != 0)
-    return line_with(copy.log(), R"(^\s+[0-9]+ - (\S+).*\()");
+    return line_with(copy.log(), R"(^\s+[0-9]+ - (\S+) \((?!Skipped))");
   return "";
 }
 
@@ -210,7 +210,7 @@ Outcome outcome_of(const Options& options, const Copy& copy, const Fault& fault)
   const auto start = std::chrono::steady_clock::now();
   copy.renew();
   for (const auto& edit : fault.edits) {
-    const auto text = planted(copy.snapshot(), fault, edit);
+    const auto text = planted(copy.tree(), fault, edit);  // which has the edits before it
     std::ofstream(copy.tree() / edit.file, std::ios::binary) << text;
   }
   const auto by = caught_by(options, copy, fault.targets, fault.tests);
