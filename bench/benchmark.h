@@ -41,7 +41,7 @@ struct Benchmark {
   std::vector<Report> (*run)(const Options& options);
 };
 
-extern const Benchmark kComplex, kReal, kHartley, kDft, kHadamard, kDct4, kDct4Stages;
+extern const Benchmark kComplex, kReal, kHartley, kDft, kHadamard, kDct4, kDct4Stages, kCpp;
 
 // Where results go besides standard output.
 struct Outputs {

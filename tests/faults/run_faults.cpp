@@ -151,7 +151,6 @@ class Copy {
     fs::create_directories(folder_);
   }
   [[nodiscard]] fs::path tree() const { return folder_ / "tree"; }
-  [[nodiscard]] const fs::path& snapshot() const { return snapshot_; }
 
   void renew() const {
     fs::remove_all(tree());
