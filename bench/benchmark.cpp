@@ -3,6 +3,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
+#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -90,6 +91,8 @@ void add_options(CLI::App& app, const Benchmark& benchmark, Options& options) {
   app.add_option("--rivals", options.rivals, "plans of FFTW: all (MEASURE and PATIENT), measure or none")
       ->check(CLI::IsMember({"all", "measure", "none"}))->capture_default_str();
   app.add_flag("--copies", options.copies, "the other copies of the library, too, as far as this processor runs them");
+  if (benchmark.round_trips)
+    app.add_flag("--round-trip", options.round_trip, "forward, then inverse on its result, instead of either by itself; FFTW likewise");
   app.add_option("--against", options.against, "other builds of the library, in the same rounds")->check(CLI::ExistingFile);
   app.add_option("--offset", options.offset, "bytes from an aligned address to the arrays")->check(CLI::Range(0, 4096))->capture_default_str();
   app.add_option("--align", options.alignment, "what the arrays' addresses are divisible by, before the offset")->check(kAlignment)->capture_default_str();
@@ -166,6 +169,28 @@ void add_library_cells(Row& row, const std::vector<double>& ns) {
   for (size_t i = 1; i < ns.size(); ++i) {
     row.emplace_back(ns[i]);
     row.emplace_back(ns[0] / ns[i]);
+  }
+}
+
+void note_copies(Report& report, const std::string& function, const std::vector<tool::Library>& libraries) {
+  constexpr double kNoise = 1.02;  // what the medians of two equal libraries differ by
+  const auto column = [&](const std::string& library) {
+    const auto found = std::ranges::find(report.columns(), library + " ns", &Column::name);
+    return static_cast<size_t>(found - report.columns().begin());
+  };
+  const size_t base = column("base");
+  if (base == report.columns().size()) return;
+  for (const tool::Library& library : libraries) {
+    if (library.name() == "base") continue;
+    GeometricMean mean;
+    std::string slower;
+    for (const Row& row : report.rows()) {
+      if (std::get<std::string>(row[0]) != function) continue;
+      const double ratio = std::get<double>(row[column(library.name())]) / std::get<double>(row[base]);
+      mean.add(ratio);
+      if (ratio > kNoise) slower += (slower.empty() ? " " : ", ") + cell_text(std::get<double>(row[1]), 0) + " (" + cell_text(ratio, 2) + ")";
+    }
+    report.note(function + ", " + library.name() + " beside base: " + cell_text(mean.value(), 3) + ", slower at" + (slower.empty() ? " none" : slower));
   }
 }
 

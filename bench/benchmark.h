@@ -24,6 +24,7 @@ struct Options {
   std::string rivals = "all";
   std::vector<std::string> against;
   bool copies = false;
+  bool round_trip = false;  // forward and then inverse on the result
   size_t offset = 0, alignment = 64;
 
   [[nodiscard]] bool selects(const std::string& dispatcher) const { return std::regex_search(dispatcher, std::regex(only)); }
@@ -39,6 +40,7 @@ struct Benchmark {
   std::pair<int, int> size_range;
   Options defaults;
   std::vector<Report> (*run)(const Options& options);
+  bool round_trips = false;       // takes --round-trip
 };
 
 extern const Benchmark kComplex, kReal, kHartley, kDft, kHadamard, kDct4, kDct4Stages, kCpp;
@@ -70,6 +72,10 @@ std::vector<Report> read_json_document(const std::string& path);
 // "ns" of the library in use, named by its copy, then of the others, each with the ratio to it.
 void add_library_columns(std::vector<Column>& columns, const std::vector<tool::Library>& libraries);
 void add_library_cells(Row& row, const std::vector<double>& ns);
+
+// A note on each copy beside the base, where both were measured: the geometric mean of its time over the base's and the
+// lengths at which it is slower.
+void note_copies(Report& report, const std::string& function, const std::vector<tool::Library>& libraries);
 
 // The main of a program for one benchmark.
 int run_benchmark(const Benchmark& benchmark, int argc, char** argv);

@@ -125,6 +125,7 @@ std::vector<Report> run(const Options& options) {
       else measure<double>(type, 1 << exponent, options, libraries, report);
     }
     if (options.size_list().size() > 1) summarise(report, "xfmgDCT4_" + type);
+    note_copies(report, "xfmgDCT4_" + type, libraries);
   }
   if (report.rows().empty()) throw std::runtime_error("--only " + options.only + " selects no function of this benchmark");
   return {report};

@@ -4,12 +4,14 @@
 //   COPY ns          of this library, with xfmScaleNone; then of the other copies and builds asked for, and the ratio to each
 //   FFTW ns          of FFTW's quickest plan, whose name follows (of a real transform in the quicker of its two layouts)
 //   ratio            ns to that rival's
-//   floor ns, x      lower bound of the kernel's plan in the base's working form (floors.tsv) at the clock of this run, ns to it
+//   floor ns, x      lower bound of the kernel's plan at the clock of this run, ns to it: in the base's working form (floors.tsv),
+//                    of a copy in registers that are always full, as wide as its row in plans/targets.tsv has them
 //   port ns, x       the same for the operations of the body as generated, shuffles included (complex kernels)
 //   chain ns         the longest chain of dependent operations of one transform (real kernels, chains.tsv)
 //   conv, spills, reloads   conversions, stores to and loads from the frame in the compiled body (the audit's report)
 //
-// Bounds are those of the base and stand there only; the last columns only in a build's folder.
+// Port and chain are those of the base and stand there only; the last columns only in a build's folder. With --round-trip a
+// contestant calls the forward kernel and then the inverse one on its result, and bounds are the sums of both.
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -36,7 +38,10 @@ struct Settings {
     const bool rivals = options.rivals != "none" && fftw_installed();
     if (rivals) efforts.push_back(Effort::Measure);
     if (rivals && options.rivals == "all") efforts.push_back(Effort::Patient);
-    if (libraries[0].name() != "base") return;
+    if (libraries[0].name() != "base") {
+      floors = wide_floors(libraries[0].name());
+      return;
+    }
     floors = bench::floors();
     chains = bench::chains();
     ports = bench::ports();
@@ -58,12 +63,36 @@ Transform transform_of(const std::string& family) {
   return family.starts_with("xfmgDFTFwd") ? Transform::RealForward : Transform::RealInverse;
 }
 
+Transform inverse_of(Transform transform) {
+  if (transform == Transform::ComplexForward) return Transform::ComplexInverse;
+  return transform == Transform::RealForward ? Transform::RealInverse : transform;
+}
+
+// The kernel that takes the result of a forward one back: xfmgDFTInv_CCSToR_15_32f of xfmgDFTFwd_RToCCS_15_32f. The Hartley
+// transform takes itself back.
+std::string inverse_of(const std::string& name) {
+  static const std::regex forward("Fwd_(CToC|RTo([A-Za-z]+))");
+  std::smatch found;
+  if (!std::regex_search(name, found, forward)) return name;
+  return found.prefix().str() + "Inv_" + (found[2].matched ? found[2].str() + "ToR" : "CToC") + found.suffix().str();
+}
+
 template <class T>
 Calls repeated(const Library& library, const std::string& name, const T* src, T* dst) {
   auto* const kernel = library.find<XfmStatus(const T*, T*, int)>(name);
   return [=](long count) {
     static volatile int flag = xfmScaleNone;  // as if the caller did not know it
     for (const int f = flag; count > 0; --count) kernel(src, dst, f);
+  };
+}
+
+template <class T>
+Calls round_trips(const Library& library, const std::string& name, const T* src, T* dst, T* back) {
+  auto* const forward = library.find<XfmStatus(const T*, T*, int)>(name);
+  auto* const inverse = library.find<XfmStatus(const T*, T*, int)>(inverse_of(name));
+  return [=](long count) {
+    static volatile int flag = xfmScaleNone;
+    for (const int f = flag; count > 0; --count) forward(src, dst, f), inverse(dst, back, f);
   };
 }
 
@@ -75,14 +104,21 @@ class Entry {
       : f_(f),
         transform_(transform_of(f.family)),
         length_(f.is_complex() ? 2 * f.size : f.size + 2),  // components, with room for CCS
-        memory_(4 * (length_ * sizeof(T) + settings.options.offset + settings.options.alignment)) {
-    for (T** array : {&src_, &dst_, &rival_src_, &rival_dst_})
+        memory_(6 * (length_ * sizeof(T) + settings.options.offset + settings.options.alignment)) {
+    for (T** array : {&src_, &dst_, &back_, &rival_src_, &rival_dst_, &rival_back_})
       *array = memory_.array<T>(length_, settings.options.offset, settings.options.alignment);
-    for (const Library& library : settings.libraries) contestants_.push_back(repeated(library, f.name, src_, dst_));
+    const bool trip = settings.options.round_trip;
+    for (const Library& library : settings.libraries)
+      contestants_.push_back(trip ? round_trips(library, f.name, src_, dst_, back_) : repeated(library, f.name, src_, dst_));
     for (const Effort effort : settings.efforts)
-      for (int kind = 0; kind < DftRival<T>::kinds(transform_); ++kind)
+      for (int kind = 0; kind < DftRival<T>::kinds(transform_); ++kind) {
         rivals_.emplace_back(transform_, kind, f.size, rival_src_, rival_dst_, effort);
-    for (size_t i = 0; i < rivals_.size(); ++i) contestants_.push_back([this, i](long count) { rivals_[i].run(count); });
+        if (trip) rival_inverses_.emplace_back(inverse_of(transform_), kind, f.size, rival_dst_, rival_back_, effort);
+      }
+    for (size_t i = 0; i < rivals_.size(); ++i) {
+      if (trip) contestants_.push_back([this, i](long count) { for (; count > 0; --count) rivals_[i].run(1), rival_inverses_[i].run(1); });
+      else contestants_.push_back([this, i](long count) { rivals_[i].run(count); });
+    }
     fill();
     contestants_[0](1);
     compare_with_rivals();
@@ -102,8 +138,9 @@ class Entry {
     row.emplace_back(any ? rivals_[best - behind].name() : "-");
     row.emplace_back(any ? ns[0] / *best : 0);
     const auto bound = [&](const Cycles& cycles, bool ratio) {
-      const auto found = cycles.find(f_.name);
-      const double value = found == cycles.end() ? 0 : found->second * ns_per_cycle;
+      double value = 0;
+      for (const std::string& name : settings.options.round_trip ? std::vector{f_.name, inverse_of(f_.name)} : std::vector{f_.name})
+        if (const auto found = cycles.find(name); found != cycles.end()) value += found->second * ns_per_cycle;
       row.emplace_back(value);
       if (ratio) row.emplace_back(value == 0 ? 0 : ns[0] / value);
     };
@@ -166,8 +203,8 @@ class Entry {
   Transform transform_;
   int length_;
   Memory memory_;
-  T *src_, *dst_, *rival_src_, *rival_dst_;
-  std::vector<DftRival<T>> rivals_;
+  T *src_, *dst_, *back_, *rival_src_, *rival_dst_, *rival_back_;
+  std::vector<DftRival<T>> rivals_, rival_inverses_;  // those of a round trip
   std::vector<Calls> contestants_;
 };
 
@@ -231,9 +268,11 @@ std::vector<Report> run(const Options& options, const std::string& name, const s
   if (options.rivals != "none" && !fftw_installed()) report.note("FFTW is not installed (libfftw3f.so.3, libfftw3.so.3): measured without it");
   for (const Function& f : tool::functions()) {
     if (f.kind != "dispatcher" || !std::regex_search(f.name, std::regex(family)) || !options.selects(f.name)) continue;
+    if (options.round_trip && f.name.find("Inv_") != std::string::npos) continue;
     if (f.is_single()) measure<float>(settings, f.name, report);
     else measure<double>(settings, f.name, report);
     summarise(report, f.name);
+    note_copies(report, f.name, settings.libraries);
   }
   if (report.rows().empty()) throw std::runtime_error("--only " + options.only + " selects no function of this benchmark");
   return {report};
@@ -253,9 +292,9 @@ Options defaults(const char* only) {
 
 }  // namespace
 
-const Benchmark kComplex = {"complex", "Complex DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_complex};
-const Benchmark kReal = {"real", "Real DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CCS"), run_real};
-const Benchmark kHartley = {"hartley", "Hartley transform of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_hartley};
-const Benchmark kDft = {"dft", "Complex, real and Hartley kernels against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CToC|CCS|Hartley"), run_dft};
+const Benchmark kComplex = {"complex", "Complex DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_complex, true};
+const Benchmark kReal = {"real", "Real DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CCS"), run_real, true};
+const Benchmark kHartley = {"hartley", "Hartley transform of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_hartley, true};
+const Benchmark kDft = {"dft", "Complex, real and Hartley kernels against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CToC|CCS|Hartley"), run_dft, true};
 
 }  // namespace xfm::bench

@@ -2,13 +2,14 @@
 #   cmake --build --preset release --target bench_dft xfm_split_form xfm_complex_bins
 #   build/release/bench/bench_dft --only Fwd_CToC_32fc --rivals none --against build/release/bench/libxfm_split_form.so
 #   build/release/bench/bench_dft --only Fwd_CToC --rivals none --against build/release/bench/libxfm_complex_bins.so
-set(tables ${PROJECT_SOURCE_DIR}/plans/functions.tsv ${PROJECT_SOURCE_DIR}/plans/complex_plans.tsv ${PROJECT_SOURCE_DIR}/plans/lane_blocks.tsv)
+set(plans ${PROJECT_SOURCE_DIR}/plans)
+set(tables ${plans}/functions.tsv ${plans}/complex_plans.tsv ${plans}/complex_blocks.tsv)
 
 function(add_choice name choice)
   set(units)
   foreach(type ${ARGN})
     set(report ${CMAKE_CURRENT_BINARY_DIR}/${name}_${type}.tsv)
-    xfm_generate(unit ${name}_${type} ${XFM_BASE} DRIVER gen_dft ARGS ${tables} ${report} xfmgDFTFwd_CToC_${type}:${choice}
+    xfm_generate(unit ${name}_${type} ${XFM_BASE} DRIVER gen_dft ARGS ${plans} ${report} xfmgDFTFwd_CToC_${type}:${choice}
       DEPENDS ${tables} REPORTS ${report})
     list(APPEND units ${unit})
   endforeach()

@@ -1,6 +1,7 @@
 // The Walsh-Hadamard kernels, one thread, data in cache, the caller's buffer, against FFTW's real transform of size 2 in
 // `order` dimensions (unscaled), a plain loop over 256-bit registers in the same order of levels, and two floors
-// (wht_floors.tsv, by the clock of the same rounds): that of the base's form, and of registers that are always full.
+// (wht_floors.tsv, by the clock of the same rounds): that of the base's form, and of 256-bit registers that are always full.
+// A copy has one floor, of registers that are always full, as wide as its row in plans/targets.tsv has them.
 // The results of both rivals are compared with the library's before any timing. The floors leave out what a call costs; a
 // note says it. An alignment of 4096 puts all arrays at the start of a page, where the same elements compete for the
 // same sets of the first-level cache.
@@ -96,8 +97,10 @@ void add_row(const Function& f, const Options& options, const std::vector<Librar
   const double loop = ns[own], fftw = ns.size() > own + 1 ? ns[own + 1] : 0;
   Row row = {f.dispatcher(), static_cast<double>(1 << f.size)};
   add_library_cells(row, {ns.begin(), ns.begin() + static_cast<std::ptrdiff_t>(own)});
-  const double limit = std::stod(floors["limit"]) * ns_per_cycle, free = std::stod(floors["free"]) * ns_per_cycle;
-  for (const double value : {loop, ns[0] / loop, fftw, fftw == 0 ? 0 : ns[0] / fftw, limit, ns[0] / limit, free}) row.emplace_back(value);
+  const bool base = libraries[0].name() == "base";
+  const double cycles = base ? std::stod(floors["limit"]) : wide_hadamard_floor(libraries[0].name(), f.size, f.is_single());
+  const double limit = cycles * ns_per_cycle, free = base ? std::stod(floors["free"]) * ns_per_cycle : 0;
+  for (const double value : {loop, ns[0] / loop, fftw, fftw == 0 ? 0 : ns[0] / fftw, limit, limit == 0 ? 0 : ns[0] / limit, free}) row.emplace_back(value);
   report.add(std::move(row));
 }
 
@@ -148,6 +151,8 @@ std::vector<Report> run(const Options& options) {
   if (report.rows().empty()) throw std::runtime_error("--only " + options.only + " selects no function of this benchmark");
   for (const char* type : {"32f", "64f", "f"})
     for (const int least : {1, 4}) summarise(report, type, least);
+  for (const char* type : {"32f", "64f"})
+    if (options.selects(std::string("xfmgWHT_") + type)) note_copies(report, std::string("xfmgWHT_") + type, libraries);
   return {report};
 }
 

@@ -47,7 +47,7 @@ std::vector<Holder> holders(const std::string& type) {
           {type == "32f" ? stage + "1_compute" : "xfmgDCT4_64f", [](const KernelPlan& k) { return k.whole(); }}};
 }
 
-std::string functions_text(const std::string& table) {
+std::string functions_text(const std::string& table, const pack::Forms& forms) {
   std::string text = "function\tadds\tmuls\tpacked_mul\n";
   for (const std::string& type : kTypes) {
     const std::vector<StageKernel> kernels = stage_kernels(table, type);
@@ -55,9 +55,11 @@ std::string functions_text(const std::string& table) {
       int sums = 0, products = 0, packed = 0;
       for (const StageKernel& k : kernels) {
         if (!h.holds(k.plan)) continue;
-        sums += k.net.additions();
-        products += k.net.multiplications();
-        packed += k.plan.whole() ? 0 : k.net.multiplications();
+        const pack::Arithmetic made = k.plan.whole() ? pack::arithmetic(whole_form(k, type, forms).program)
+                                                     : pack::Arithmetic{k.net.additions(), k.net.multiplications(), true};
+        sums += made.sums;
+        products += made.products;
+        packed += made.packed ? made.products : 0;
       }
       text += h.function + "\t" + std::to_string(sums) + "\t" + std::to_string(products) + "\t" + std::to_string(packed) + "\n";
     }
@@ -70,7 +72,7 @@ std::string search_text(const std::string& table, const Target& target) {
   for (const std::string& type : kTypes)
     for (const StageKernel& k : stage_kernels(table, type))
       if (k.plan.whole())
-        text += pack::recipe_text(target.name, "dct4", k.plan.length, type, pack::search(k.net.program(), {2, 4}, target, {}).rule);
+        text += pack::recipe_text(target.name, "dct4", k.plan.length, type, pack::search(k.net.program(), target, {}).front().rule);
   return text;
 }
 
@@ -78,7 +80,7 @@ std::string text_of(const std::string& what, const std::string& table, const std
   const std::filesystem::path plans = std::filesystem::path(table).parent_path();
   if (what == "search") return search_text(table, read_target((plans / "targets.tsv").string(), target));
   if (what == "report") return report_text(table);
-  if (what == "functions") return functions_text(table);
+  if (what == "functions") return functions_text(table, pack::Forms::read(plans, target));
   for (const std::string& type : kTypes)
     if (what == type) return unit_text(table, type, pack::Forms::read(plans, target));
   throw InputError("gen_dct4: no such unit: " + what);

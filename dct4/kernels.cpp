@@ -231,6 +231,10 @@ std::vector<StageKernel> stage_kernels(const std::filesystem::path& table, const
   return kernels;
 }
 
+pack::Forms::Form whole_form(const StageKernel& k, const std::string& type, const pack::Forms& forms) {
+  return forms.of(k.net.program(), "dct4", k.plan.length, type, {});
+}
+
 std::string kernel_text(const StageKernel& k, const std::string& type, const pack::Forms& forms) {
   const std::string name = k.plan.name(), pool = "DCT4_" + name + "_" + type;
   BodyNames names;
@@ -241,13 +245,12 @@ std::string kernel_text(const StageKernel& k, const std::string& type, const pac
   names.loads_first = k.plan.whole();
   std::string text = "// " + name + ": " + number(k.plan.multiplications) + " multiplications, " + number(k.plan.additions) +
                      " additions";
-  pack::Forms::Form form{k.net.program(), {}};
-  if (k.plan.whole()) form = forms.of(std::move(form.program), "dct4", k.plan.length, type, {});
+  pack::Forms::Form form = k.plan.whole() ? whole_form(k, type, forms) : pack::Forms::Form{k.net.program(), {}};
   text += (form.name.empty() ? "" : "; " + form.name) + "\n";
   if (!form.program.pool().empty()) text += pool_text(form.program, pool, type == "32f", {}, 1);
   text += "template <>\n[[gnu::always_inline]] inline void Kernels<Precision>::" + name + "(" + k.parameters + ") {\n";
   for (const std::string& line : k.prelude) text += "  " + line + "\n";
-  std::vector<std::string> body = body_text(scheduled(std::move(form.program), k.plan.whole() ? forms.registers() : kRegisters), names);
+  std::vector<std::string> body = body_text(scheduled(std::move(form.program), forms.registers()), names);
   if (k.plan.finished_order) body = in_order_of_stores(body, k);
   for (const std::string& line : body) text += "  " + line + "\n";
   return text + "}\n\n";

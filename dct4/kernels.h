@@ -20,6 +20,8 @@ struct StageKernel {
 
 // All kernels of one precision, in the order of the unit. Operations other than the plan's are bad input.
 std::vector<StageKernel> stage_kernels(const std::filesystem::path& table, const std::string& type);
+// What a target makes of a kernel that is a whole transform.
+pack::Forms::Form whole_form(const StageKernel& kernel, const std::string& type, const pack::Forms& forms);
 // The definition of a member of Kernels<precision> (dct4/kernel_set.h), with its pool of constants.
 std::string kernel_text(const StageKernel& kernel, const std::string& type, const pack::Forms& forms);
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace xfm {
+namespace xfm::dft {
 
 Factor Factor::root(long long num, long long den) {
   num = ((num % den) + den) % den;
@@ -72,4 +72,4 @@ std::vector<Ref> times_lanes(Graph& g, Ref a, const std::vector<std::optional<Fa
   return out;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

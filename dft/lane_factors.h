@@ -7,7 +7,7 @@
 
 #include "flows/blocks.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 // What a value is multiplied by: a root of unity, exp(2*pi*i*num/den), or a constant.
 class Factor {
@@ -29,4 +29,4 @@ class Factor {
 // By lane a vector that holds the product there; nothing where there is no factor.
 std::vector<Ref> times_lanes(Graph& g, Ref a, const std::vector<std::optional<Factor>>& factors);
 
-}  // namespace xfm
+}  // namespace xfm::dft

@@ -1,43 +1,18 @@
 #include "dft/tables.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
 #include "flows/rows.h"
 #include "generator/check.h"
+#include "generator/functions.h"
 #include "generator/table.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
-constexpr int kSmallest = 2, kLargest = 64;
-
-bool is_odd_prime(int n) { return n > 2 && is_prime(n); }
-
-BlockForm form_named(const TableRow& row, const std::string& name) {
-  if (name == "direct") return BlockForm::Direct;
-  if (name == "lane") return BlockForm::RealLane;
-  if (name == "rader") return BlockForm::RaderComplex;
-  row.fail("unknown form of a block '" + name + "'");
-}
-
-// "5:lane/direct 7:lane/direct"
-BlockForms forms_in(const TableRow& row) {
-  BlockForms forms;
-  if (row["forms"] == "-") return forms;
-  for (const std::string& entry : split(row["forms"], ' ')) {
-    const size_t colon = entry.find(':'), slash = entry.find('/');
-    if (colon == std::string::npos || slash == std::string::npos || slash < colon) row.fail("forms are written p:first/other");
-    int prime = 0;
-    const auto [end, error] = std::from_chars(entry.data(), entry.data() + colon, prime);
-    if (error != std::errc() || end != entry.data() + colon) row.fail("forms are written p:first/other");
-    const BlockForms::Pair pair{form_named(row, entry.substr(colon + 1, slash - colon - 1)), form_named(row, entry.substr(slash + 1))};
-    if (!forms.special.emplace(prime, pair).second) row.fail("two forms for " + std::to_string(prime));
-  }
-  return forms;
-}
+constexpr int kLargestButterfly = 4;
 
 Flow flow_in(const TableRow& row) {
   if (row["flow"] == "complex") return Flow::Complex;
@@ -46,81 +21,91 @@ Flow flow_in(const TableRow& row) {
   row.fail("unknown flow '" + row["flow"] + "'");
 }
 
-// Half spectra go from stage to stage of a link, in the blocks of a flow with half-blocks.
-void check_flow(const TableRow& row, const ComplexPlan& plan) {
-  const std::vector<Plan>& parts = plan.plan.parts;
-  const bool inner = std::any_of(parts.begin(), parts.end(), [](const Plan& part) { return part.link(); });
-  const bool changes = plan.flow == Flow::Half ? plan.method == ComplexPlan::Method::Linked && plan.plan.link() : inner;
-  if (plan.flow != Flow::Complex && (!changes || plan.forms.any(BlockForm::RaderComplex)))
-    row.fail("the flow '" + row["flow"] + "' has nothing to change in this plan");
-}
-
+// The blocks between which there are links.
 std::multiset<int> block_lengths(const Plan& plan) {
-  std::multiset<int> lengths;
-  for (const Plan* b : leaves(plan)) lengths.insert(b->length);
+  if (!plan.link()) return {plan.length};
+  std::multiset<int> lengths = block_lengths(plan.first());
+  lengths.merge(block_lengths(plan.second().in_real_rows()));
   return lengths;
 }
 
-ComplexPlan method_in(const TableRow& row, int length) {
-  const std::string& name = row["plan"];
-  ComplexPlan plan{length, ComplexPlan::Method::Linked, flow_in(row), {}, forms_in(row)};
-  if (name == "direct") {
-    plan.method = ComplexPlan::Method::Direct;
-  } else if (name == "real-lane") {
-    plan.method = ComplexPlan::Method::RealLane;
-  } else if (name == "rader") {
-    plan.method = ComplexPlan::Method::RaderComplex;
-    plan.plan = plan_in(row, "runs", length - 1);
-  } else if (name == "bluestein") {
-    plan.method = ComplexPlan::Method::Bluestein;
-    plan.plan = plan_in(row, "runs", 0);
-    if (plan.plan.length < 2 * length - 1) row.fail("a chirp convolution is at least twice the length");
-  } else {
-    plan.plan = plan_in(row, "plan", length);
-    if (row["runs"] != "-") {
-      const Plan runs = plan_in(row, "runs", length);
-      if (block_lengths(runs) != block_lengths(plan.plan)) row.fail("plan and runs have different blocks");
-      plan.plan = runs;
-    }
-  }
-  const bool closed = plan.method == ComplexPlan::Method::Direct || plan.method == ComplexPlan::Method::RealLane;
-  if (closed && row["runs"] != "-") row.fail("'" + name + "' runs no plan");
-  if (plan.method != ComplexPlan::Method::Linked && !is_odd_prime(length)) row.fail(std::to_string(length) + " is not an odd prime");
-  check_flow(row, plan);
-  return plan;
+bool contains(const Plan& plan, Plan::Kind kind) {
+  return plan.kind == kind || std::any_of(plan.parts.begin(), plan.parts.end(), [&](const Plan& part) { return contains(part, kind); });
 }
 
-void read_counts(const TableRow& row, ComplexRow& out) {
+// What complex data cannot run: sums and differences of halves or components apart on their own account, a chirp in a block.
+void check_kinds(const TableRow& row, const Plan& plan) {
+  using enum Plan::Kind;
+  if (plan.kind == Rader) return;
+  if (plan.kind != Block && !plan.link() && plan.kind != ComplexRader && plan.kind != Rows)
+    row.fail("a complex plan cannot have the block " + to_text(plan));
+  for (const Plan& part : plan.parts) check_kinds(row, part);
+}
+
+// Half spectra go from stage to stage of a link, in the blocks of a flow with half-blocks.
+void check_flow(const TableRow& row, const ComplexPlan& made) {
+  const bool around = made.plan.kind == Plan::Kind::ComplexRader || made.plan.kind == Plan::Kind::Chirp;
+  const Plan& run = around ? made.plan.first() : made.plan;
+  check_kinds(row, run);
+  if (made.flow == Flow::Complex) return;
+  const bool inner = std::any_of(run.parts.begin(), run.parts.end(), [](const Plan& part) { return part.link(); });
+  const bool changes = made.flow == Flow::Half ? !around && run.link() : run.link() && inner;
+  if (!changes || contains(run, Plan::Kind::ComplexRader))
+    row.fail("the flow '" + row["flow"] + "' has nothing to change in this plan");
+}
+
+// Blocks that are named by their prime.
+Plan with_primes(Plan plan, const PrimeBlocks& primes, int precision) {
+  for (Plan& part : plan.parts) part = with_primes(std::move(part), primes, precision);
+  if (plan.kind != Plan::Kind::Block) return plan;
+  const auto found = primes.find({precision, plan.length});
+  return found == primes.end() ? plan : found->second;
+}
+
+struct Blocks {
+  PrimeBlocks primes;
+  PlanBlocks named;
+};
+
+Plan plan_of(const TableRow& row, const Blocks& blocks) {
+  const int length = row.integer("N");
+  Plan plan = plan_in(row, "plan", length, blocks.named);
+  if (row["runs"] != "-") {
+    Plan runs = plan_in(row, "runs", length, blocks.named);
+    if (block_lengths(runs) != block_lengths(plan)) row.fail("plan and runs have different blocks");
+    plan = std::move(runs);
+  }
+  check_blocks(row, plan, kLargestButterfly);
+  return with_primes(std::move(plan), blocks.primes, row.integer("precision"));
+}
+
+// "split, interleaved by 2"
+std::vector<const WorkingForm*> forms_in(const TableRow& row) {
+  std::vector<const WorkingForm*> forms;
+  for (const std::string& name : split(row["forms"], ',')) {
+    forms.push_back(working_form(row.integer("precision"), trim(name)));
+    if (!forms.back()) row.fail("no working form '" + std::string(trim(name)) + "' in this precision");
+    if (forms.back()->widens != forms[0]->widens) row.fail("forms of different precision of the products");
+  }
+  return forms;
+}
+
+ComplexRow read_row(const TableRow& row, const Blocks& blocks) {
   const StatedCount additions = stated_count(row, "A"), multiplications = stated_count(row, "M");
-  out.reference = {additions.reference, multiplications.reference};
-  out.built = {additions.built, multiplications.built};
-  out.reason = departure_reason(row);
-}
-
-// A block without a name is a butterfly or a prime.
-bool has_form(int length) { return length == 2 || length == 4 || is_odd_prime(length); }
-
-// Every prime block of a row's plan can be made in the forms that it takes.
-void check_recipes(const ComplexRow& row, const Recipes& recipes) {
-  const auto check_form = [&](int p, BlockForm form) {
-    const bool made = form == BlockForm::Direct || (form == BlockForm::RealLane ? recipes.by_prime.contains(p) : recipes.rader_inner.contains(p));
-    if (!made) throw InputError(row.where + ": '" + row.text + "' has a block of length " + std::to_string(p) + ", and no table says how it is made");
-  };
-  if (row.plan.method == ComplexPlan::Method::RealLane) check_form(row.plan.length, BlockForm::RealLane);
-  if (row.plan.method == ComplexPlan::Method::RealLane || row.plan.method == ComplexPlan::Method::Direct) return;
-  const std::multiset<int> lengths = block_lengths(row.plan.plan);
-  for (const auto& [prime, forms] : row.plan.forms.special)
-    if (!lengths.contains(prime))
-      throw InputError(row.where + ": a form for " + std::to_string(prime) + ", which is no block of '" + row.text + "'");
-  for (const Plan* b : leaves(row.plan.plan)) {
-    if (b->kind != Plan::Kind::Block || !has_form(b->length))
-      throw InputError(row.where + ": '" + row.text + "' has the block " + to_text(*b) + ", which a complex plan cannot have");
-    if (b->length != 2 && b->length != 4)
-      for (const bool first_stage : {true, false}) check_form(b->length, row.plan.forms.of(b->length, first_stage));
-  }
+  ComplexRow made{{plan_of(row, blocks), flow_in(row)},
+                  forms_in(row),
+                  row["plan"],
+                  {additions.reference, multiplications.reference},
+                  {additions.built, multiplications.built},
+                  departure_reason(row),
+                  row.where()};
+  check_flow(row, made.plan);
+  return made;
 }
 
 }  // namespace
+
+int precision_of(const Function& kernel) { return kernel.type == "32fc" ? 32 : 64; }
 
 const ComplexRow& ComplexTables::row(int precision, int length) const {
   const auto found = rows.find({precision, length});
@@ -128,43 +113,26 @@ const ComplexRow& ComplexTables::row(int precision, int length) const {
   return found->second;
 }
 
-ComplexTables ComplexTables::read(const std::filesystem::path& plans, const std::filesystem::path& lane_blocks) {
-  ComplexTables tables;
-  const Table rows = Table::read(plans, {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
-  for (const TableRow& row : rows.rows()) {
-    const int length = row.integer("N"), precision = row.integer("precision");
-    if (length < kSmallest || length > kLargest) row.fail("length out of range");
-    if (precision != 32 && precision != 64) row.fail("precision is 32 or 64");
-    ComplexRow entry;
-    entry.plan = method_in(row, length);
-    entry.text = row["plan"];
-    entry.where = plans.string() + ":" + std::to_string(row.line());
-    read_counts(row, entry);
-    if (!tables.rows.emplace(std::pair(precision, length), std::move(entry)).second) row.fail("a second row for this length");
-  }
-  for (int precision : {32, 64})
-    for (int n = kSmallest; n <= kLargest; ++n)
-      if (!tables.rows.contains({precision, n}))
-        fail_input(plans.string(), 0, "no row for length " + std::to_string(n) + ", precision " + std::to_string(precision));
+ComplexTables ComplexTables::read(const std::filesystem::path& plans) {
+  const FunctionList functions = FunctionList::read(plans / "functions.tsv");
+  std::set<std::pair<int, int>> wanted;
+  for (const Function& f : functions.functions())
+    if (f.part == "dft" && f.kind == FunctionKind::Kernel) wanted.emplace(precision_of(f), f.size);
 
-  PlanBlocks named_blocks;
-  const Table blocks = Table::read(lane_blocks, {"block", "precision", "prime", "first", "second"});
-  for (const TableRow& row : blocks.rows()) {
-    const int prime = row.integer("prime");
-    if (!is_odd_prime(prime)) row.fail(std::to_string(prime) + " is not an odd prime");
-    Plan plan{Plan::Kind::Rader, prime, {plan_in(row, "first", prime - 1, named_blocks), plan_in(row, "second", prime - 1, named_blocks)}};
-    check_blocks(row, plan, 4);
-    if (row["block"] != "-") {
-      if (row["precision"] != "-") row.fail("precision is 32 or 64, for a block with a name -");
-      in_row(row, [&] { define_block(named_blocks, row["block"], std::move(plan)); });
-    } else {
-      if (row["precision"] != "32" && row["precision"] != "64") row.fail("precision is 32 or 64, for a block with a name -");
-      if (!tables.recipes[row.integer("precision")].by_prime.emplace(prime, plan).second) row.fail("a second block of this prime");
-    }
+  Blocks blocks;
+  blocks.named = read_blocks(plans / "complex_blocks.tsv", kLargestButterfly, &blocks.primes);
+  const std::filesystem::path file = plans / "complex_plans.tsv";
+  const Table table = Table::read(file, {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
+  ComplexTables tables;
+  for (const TableRow& row : table.rows()) {
+    const std::pair key(row.integer("precision"), row.integer("N"));
+    if (!wanted.contains(key)) row.fail("no function has this length and precision");
+    if (!tables.rows.emplace(key, read_row(row, blocks)).second) row.fail("a second row for this length");
   }
-  for (int precision : {32, 64}) tables.recipes[precision].rader_inner[13] = tables.row(32, 12).plan.plan;
-  for (const auto& [key, row] : tables.rows) check_recipes(row, tables.recipes.at(key.first));
+  for (const auto& [precision, length] : wanted)
+    if (!tables.rows.contains({precision, length}))
+      fail_input(file.string(), 0, "no row for length " + std::to_string(length) + ", precision " + std::to_string(precision));
   return tables;
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

@@ -1,7 +1,6 @@
 #include "dft/transform.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <numeric>
 #include <span>
@@ -10,25 +9,29 @@
 #include "generator/check.h"
 #include "generator/passes.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 namespace {
 
-using Points = std::vector<Point>;
+// A lane of a vector, or a cell of the source, which is loaded where it is gathered.
+struct Spot : Point {
+  int cell = -1;
 
-// Which blocks of a stage take the form of first stages.
-enum class First { All, One, None };
+  bool is_cell() const { return cell >= 0; }
+  bool missing() const { return !ref && !is_cell(); }
+};
+using Points = std::vector<Spot>;
 
 class Builder {
  public:
-  Builder(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement)
-      : plan_(plan), recipes_(recipes), sign_(sign), placement_(placement), g_(lanes) {}
+  Builder(const ComplexPlan& plan, int sign, int lanes, Placement placement)
+      : plan_(plan.plan), flow_(plan.flow), sign_(sign), placement_(placement), g_(lanes) {}
 
   LanedTransform build() {
     Points x;
-    for (int n = 0; n < plan_.length; ++n) x.push_back({{-2, 0}, n});  // a cell of the source, loaded where it is gathered
+    for (int n = 0; n < plan_.length; ++n) x.push_back({{}, n});
     LanedTransform made;
-    made.outputs = transform(x);
+    for (const Spot& p : transform(x)) made.outputs.push_back(p);
     std::vector<Ref> refs;
     for (const Point& p : made.outputs) refs.push_back(p.ref);
     made.graph = turn_products(merge_constants(g_, refs), refs);
@@ -38,45 +41,22 @@ class Builder {
 
  private:
   Points transform(const Points& x) {
-    switch (plan_.method) {
-      case ComplexPlan::Method::Linked:
-        if (plan_.flow == Flow::Half)
-          return alone(x, [&](const std::vector<Ref>& in) { return block(plan_.plan, in, sign_, true); });
-        return linked(plan_.plan, {x}, sign_, First::All)[0];
-      case ComplexPlan::Method::Direct:
-        return alone(x, [&](const std::vector<Ref>& in) { return half_spectrum_block(g_, {Plan::Kind::Block, plan_.length}, in, sign_); });
-      case ComplexPlan::Method::RealLane:
-        return alone(x, [&](const std::vector<Ref>& in) {
-          return half_spectrum_block(g_, recipes_.by_prime.at(plan_.length), in, sign_);
-        });
-      case ComplexPlan::Method::RaderComplex: return rader(x);
-      case ComplexPlan::Method::Bluestein: return bluestein(x);
-    }
-    return {};
+    if (plan_.kind == Plan::Kind::ComplexRader) return rader(x);
+    if (plan_.kind == Plan::Kind::Chirp) return chirp(x);
+    return flow_ == Flow::Half ? blocks(plan_, {x}, sign_)[0] : linked(plan_, {x}, sign_)[0];
   }
-
-  // A block that has the first lane to itself.
-  Points alone(const Points& x, const std::function<std::vector<Ref>(const std::vector<Ref>&)>& block) {
-    std::vector<Ref> in;
-    for (const Point& p : x) in.push_back(gather({p}));
-    Points y;
-    for (Ref r : block(in)) y.push_back({r, 0});
-    return y;
-  }
-
-  static bool is_cell(const Point& p) { return p.ref.node == -2; }
 
   // A vector of up to `lanes` points. Cells of the source become one load; the missing lanes are empty.
   Ref gather(Points points) {
-    points.resize(g_.lanes(), {{}, kAnyLane});
-    for (Point& p : points)
-      if (!p.ref && !is_cell(p)) p.lane = kAnyLane;
-    if (std::any_of(points.begin(), points.end(), is_cell)) {
+    points.resize(g_.lanes());
+    if (std::any_of(points.begin(), points.end(), [](const Spot& p) { return p.is_cell(); })) {
       std::vector<int> cells;
-      for (const Point& p : points) cells.push_back(is_cell(p) ? p.lane : -1);
+      for (const Spot& p : points) cells.push_back(p.cell);
       return g_.input(cells);
     }
-    return g_.regroup(points);
+    std::vector<Point> lanes;
+    for (const Spot& p : points) lanes.push_back(p.ref ? Point(p) : Point{{}, kAnyLane});
+    return g_.regroup(lanes);
   }
 
   Ref gather_point(const std::vector<Points>& instances, std::span<const size_t> lanes, int point) {
@@ -85,10 +65,8 @@ class Builder {
     return gather(std::move(row));
   }
 
-  std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign, bool first_stage) {
-    if (plan_.flow != Flow::Complex && plan.link())
-      return half_spectrum_block(g_, plan, x, sign, prime_plans(recipes_, plan_.forms, first_stage));
-    return complex_block(g_, recipes_, plan_.forms, plan, x, sign, first_stage);
+  std::vector<Ref> block(const Plan& plan, const std::vector<Ref>& x, int sign) {
+    return flow_ != Flow::Complex && plan.link() ? half_spectrum_block(g_, plan, x, sign) : complex_block(g_, plan, x, sign);
   }
 
   // The vector of which a vector is a product.
@@ -101,7 +79,7 @@ class Builder {
   std::vector<size_t> side_by_side(const std::vector<Points>& instances) const {
     std::vector<size_t> order(instances.size());
     std::iota(order.begin(), order.end(), 0);
-    if (g_.lanes() != 2 || is_cell(instances[0][0])) return order;
+    if (g_.lanes() != 2 || instances[0][0].is_cell()) return order;
     const auto together = [&](size_t low, size_t high) {
       for (size_t n = 0; n < instances[low].size(); ++n) {
         const Point &a = instances[low][n], &b = instances[high][n];
@@ -125,25 +103,26 @@ class Builder {
   }
 
   // Instances of a block, `lanes` to a vector. Those that lack points have fewer operations, so a vector holds only such as
-  // lack the same; each stands on the lane that it would have among the others.
-  std::vector<Points> blocks(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
+  // lack the same; each stands on the lane that it would have among the others. Of a second stage, every `rows` instances
+  // are those of one link.
+  std::vector<Points> blocks(const Plan& plan, const std::vector<Points>& instances, int sign, int rows = 1) {
     std::vector<Points> outputs(instances.size());
     const std::vector<size_t> order = side_by_side(instances);
     for (size_t start = 0; start < instances.size(); start += g_.lanes()) {
-      std::map<std::pair<bool, std::vector<bool>>, std::vector<int>> alike;  // by form and missing points: the lanes
+      std::map<std::pair<bool, std::vector<bool>>, std::vector<int>> alike;  // by kind of row and missing points: the lanes
       for (size_t l = 0; l < static_cast<size_t>(g_.lanes()) && start + l < instances.size(); ++l) {
         const size_t i = order[start + l];
-        const bool of_first_form = first == First::All || (first == First::One && i == 0 && plan_.forms.differ());
-        alike[{of_first_form, missing(instances[i])}].push_back(static_cast<int>(l));
+        const bool real = plan.kind == Plan::Kind::Rows && real_bin(static_cast<int>(i) % rows, rows);
+        alike[{real, missing(instances[i])}].push_back(static_cast<int>(l));
       }
-      for (const auto& [form, lanes] : alike) {
+      for (const auto& [kind, lanes] : alike) {
         std::vector<Ref> in;
         for (int n = 0; n < plan.length; ++n) {
-          Points row(g_.lanes(), {{}, kAnyLane});
+          Points row(g_.lanes());
           for (int l : lanes) row[l] = instances[order[start + l]][n];
           in.push_back(gather(std::move(row)));
         }
-        const std::vector<Ref> out = block(plan, in, sign, form.first);
+        const std::vector<Ref> out = block(kind.first ? plan.in_real_rows() : plan.in_complex_rows(), in, sign);
         for (int l : lanes)
           for (Ref r : out) outputs[order[start + l]].push_back({r, l});
       }
@@ -153,22 +132,19 @@ class Builder {
 
   static std::vector<bool> missing(const Points& points) {
     std::vector<bool> lacks;
-    for (const Point& p : points) lacks.push_back(!p.ref && !is_cell(p));
+    for (const Spot& p : points) lacks.push_back(p.missing());
     return lacks;
   }
 
   // A link at the outermost level of lanes, for several instances at once.
-  std::vector<Points> linked(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
-    if (!plan.link()) return blocks(plan, instances, sign, first);
+  std::vector<Points> linked(const Plan& plan, const std::vector<Points>& instances, int sign, int rows_of_link = 1) {
+    if (!plan.link()) return blocks(plan, instances, sign, rows_of_link);
     const LinkMap map(plan);
     const int count = static_cast<int>(instances.size());
     std::vector<Points> in;
-    for (int m = 0; m < count; ++m)
-      for (int j = 0; j < map.b; ++j) {
-        in.emplace_back();
-        for (int i = 0; i < map.a; ++i) in.back().push_back(instances[m][map.input(i, j)]);
-      }
-    std::vector<Points> u = inner(plan.first(), in, sign, first);
+    for (const Points& x : instances)
+      for (Points& points : map.classes(std::span<const Spot>(x))) in.push_back(std::move(points));
+    std::vector<Points> u = inner(plan.first(), in, sign);
 
     std::vector<Points> rows;
     for (int m = 0; m < count; ++m)
@@ -179,7 +155,7 @@ class Builder {
     const auto groups = [&](int n) { return (n + g_.lanes() - 1) / g_.lanes(); };
     const bool before_regrouping = (map.a - 1) * groups(count * map.b) < (map.b - 1) * groups(count * map.a);
     if (map.twiddles) twiddle(rows, map, sign, before_regrouping);
-    const std::vector<Points> z = inner(plan.second(), rows, sign, first == First::All ? First::One : First::None);
+    const std::vector<Points> z = inner(plan.second(), rows, sign, map.a);
 
     std::vector<Points> y;
     for (int m = 0; m < count; ++m) {
@@ -190,9 +166,8 @@ class Builder {
     return y;
   }
 
-  std::vector<Points> inner(const Plan& plan, const std::vector<Points>& instances, int sign, First first) {
-    return placement_ == Placement::Flattened ? linked(plan, instances, sign, first)
-                                              : blocks(plan, instances, sign, first);
+  std::vector<Points> inner(const Plan& plan, const std::vector<Points>& instances, int sign, int rows = 1) {
+    return placement_ == Placement::Flattened ? linked(plan, instances, sign, rows) : blocks(plan, instances, sign, rows);
   }
 
   // Multiplies point j of row k1 by its twiddle: on the vectors that hold the points now, or on those of the next stage,
@@ -258,45 +233,37 @@ class Builder {
 
   // One vector of the lanes of several: shuffles of more than two lanes share their first steps where they take vectors whole.
   std::vector<Ref> in_one(const std::vector<Ref>& by_lane) {
-    Points points;
+    std::vector<Point> points;
     for (int l = 0; l < g_.lanes(); ++l) points.push_back(by_lane[l] ? Point{by_lane[l], l} : Point{{}, kAnyLane});
     return std::vector<Ref>(by_lane.size(), g_.regroup(points));
   }
 
   Points rader(const Points& x) {
-    const int p = plan_.length, root = primitive_root(p), length = p - 1;
-    Points in;
-    for (int q = 0; q < length; ++q) in.push_back(x[power_mod(root, q, p)]);
-    Points bins = linked(plan_.plan, {in}, -1, First::None)[0];
-    Points y(p);
-    const int lane = bins[0].lane;
-    Points alone(g_.lanes(), {{}, kAnyLane});
-    alone[lane] = x[0];
-    const Ref first = gather(std::move(alone));
-    y[0] = {g_.add(first, bins[0].ref), lane};
-    multiply(bins, rader_spectrum(p, root, sign_));
-    bins[0].ref = g_.add(first, bins[0].ref);
-    const Points c = linked(mirrored(plan_.plan), {bins}, +1, First::None)[0];
-    const int inverse_root = power_mod(root, p - 2, p);
-    for (int q = 0; q < length; ++q) y[power_mod(inverse_root, q, p)] = c[q];
-    return y;
+    const auto add = [&](const Spot& first, const Spot& bin) {
+      Points alone(g_.lanes());
+      alone[bin.lane] = first;
+      return Spot{{g_.add(gather(std::move(alone)), bin.ref), bin.lane}};
+    };
+    const auto run = [&](const Plan& plan, const Points& points, int sign) { return linked(plan, {points}, sign)[0]; };
+    const auto times = [&](Points& bins, const std::vector<ComplexNumber>& spectrum) { multiply(bins, spectrum); };
+    return complex_rader(plan_, std::span<const Spot>(x), sign_, add, times, run);
   }
 
-  Points bluestein(const Points& x) {
-    const int p = plan_.length, t = plan_.plan.length;
-    // exp(-sign*i*pi*m^2/p); its conjugate is the chirp on both ends.
-    const auto chirp = [&](int m, int s) {
+  Points chirp(const Points& x) {
+    const int p = plan_.length, t = plan_.first().length;
+    // exp(s*i*pi*m^2/p): with the sign of the transform on both ends, with the other one in between.
+    const auto factor = [&](int m, int s) {
       const int e = s * (m * m % (2 * p));
       return ComplexNumber{cos_turn(e, 2 * p), sin_turn(e, 2 * p)};
     };
     Points z(t);
-    chirped_input(x, z, [&](int n) { return chirp(n, sign_); });
-    Points bins = linked(plan_.plan, {z}, -1, First::None)[0];
+    chirped_input(x, z, [&](int n) { return factor(n, sign_); });
+    Points bins = linked(plan_.first(), {z}, -1)[0];
     std::vector<ComplexNumber> spectrum(t);
     for (int j = 0; j < t; ++j) {
       ComplexNumber d{1, 0};
       for (int m = 1; m < p; ++m) {
-        const ComplexNumber w = chirp(m, -sign_);
+        const ComplexNumber w = factor(m, -sign_);
         const Real twice = 2 * cos_turn(m * j, t);
         d.re += twice * w.re;
         d.im += twice * w.im;
@@ -304,17 +271,17 @@ class Builder {
       spectrum[j] = {d.re / t, d.im / t};
     }
     multiply(bins, spectrum);
-    Points r = linked(mirrored(plan_.plan), {bins}, +1, First::None)[0];
+    Points r = linked(mirrored(plan_.first()), {bins}, +1)[0];
     r.resize(p);
     std::vector<ComplexNumber> last;
-    for (int k = 0; k < p; ++k) last.push_back(chirp(k, sign_));
+    for (int k = 0; k < p; ++k) last.push_back(factor(k, sign_));
     multiply(r, last);
     return r;
   }
 
   // The chirp is put on the vectors that the first stage of the convolution gathers: its blocks take points b, b + B, ...
-  template <class Chirp>
-  void chirped_input(const Points& x, Points& z, const Chirp& chirp) {
+  template <class F>
+  void chirped_input(const Points& x, Points& z, const F& factor) {
     const int p = plan_.length, lanes = g_.lanes();
     for (int start = 0; start < p; start += lanes) {
       Points row;
@@ -324,15 +291,15 @@ class Builder {
       std::vector<ComplexNumber> constants;
       for (size_t l = 0; l < row.size(); ++l) {
         held.push_back({v, static_cast<int>(l)});
-        constants.push_back(chirp(start + static_cast<int>(l)));
+        constants.push_back(factor(start + static_cast<int>(l)));
       }
       multiply(held, constants);
       for (size_t l = 0; l < held.size(); ++l) z[start + l] = held[l];
     }
   }
 
-  const ComplexPlan& plan_;
-  const Recipes& recipes_;
+  const Plan& plan_;
+  const Flow flow_;
   const int sign_;
   const Placement placement_;
   Graph g_;
@@ -341,8 +308,8 @@ class Builder {
 
 }  // namespace
 
-LanedTransform laned_transform(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement) {
-  return Builder(plan, recipes, sign, lanes, placement).build();
+LanedTransform laned_transform(const ComplexPlan& plan, int sign, int lanes, Placement placement) {
+  return Builder(plan, sign, lanes, placement).build();
 }
 
-}  // namespace xfm
+}  // namespace xfm::dft

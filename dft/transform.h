@@ -10,19 +10,15 @@
 #include "dft/blocks.h"
 #include "generator/graph.h"
 
-namespace xfm {
+namespace xfm::dft {
 
 // What stands between the stages of a plan: complex bins; or, where it saves rotations, half spectra of the real and of the
 // imaginary parts, in those of its blocks that are plans themselves or throughout.
 enum class Flow { Complex, HalfBlocks, Half };
 
 struct ComplexPlan {
-  enum class Method { Direct, Linked, RaderComplex, RealLane, Bluestein };
-  int length = 0;
-  Method method = Method::Linked;
+  Plan plan;
   Flow flow = Flow::Complex;
-  Plan plan;  // of the length itself, of a Rader's inner transform, of a chirp convolution
-  BlockForms forms;
 };
 
 // How the blocks of a stage are put on lanes.
@@ -36,6 +32,6 @@ struct LanedTransform {
   std::vector<Point> outputs;  // bin k of the transform
 };
 
-LanedTransform laned_transform(const ComplexPlan& plan, const Recipes& recipes, int sign, int lanes, Placement placement);
+LanedTransform laned_transform(const ComplexPlan& plan, int sign, int lanes, Placement placement);
 
-}  // namespace xfm
+}  // namespace xfm::dft

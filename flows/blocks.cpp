@@ -35,15 +35,21 @@ LinkMap::LinkMap(const Plan& plan, bool centred_bins)
       element_inverse(inverse_mod(element, a)),
       row_inverse(inverse_mod(row, b)) {}
 
-std::vector<ComplexNumber> rader_spectrum(int prime, int root, int sign) {
-  const int length = prime - 1, inverse_root = inverse_mod(root, prime);
+RaderMap::RaderMap(const Plan& plan)
+    : length(plan.length - 1),
+      prime_(plan.length),
+      root_(plan.numbering.root ? plan.numbering.root : primitive_root(plan.length)),
+      start_(plan.numbering.start) {}
+
+std::vector<ComplexNumber> RaderMap::spectrum(int sign) const {
+  const int inverse_root = inverse_mod(root_, prime_);
   std::vector<ComplexNumber> spectrum(length);
   for (int j = 0; j < length; ++j) {
     ComplexNumber sum;
     int e = 1;
-    for (int q = 0; q < length; ++q, e = e * inverse_root % prime) {
-      const long long den = static_cast<long long>(prime) * length;
-      const long long num = static_cast<long long>(sign) * e * length - static_cast<long long>(q) * j * prime;
+    for (int q = 0; q < length; ++q, e = e * inverse_root % prime_) {
+      const long long den = static_cast<long long>(prime_) * length;
+      const long long num = static_cast<long long>(sign) * e * length - static_cast<long long>(q) * j * prime_;
       sum.re += cos_turn(num, den);
       sum.im += sin_turn(num, den);
     }

@@ -49,6 +49,7 @@ struct Physical {
     return g.scale(odd == 1 || odd == 7 ? square_root(Real(0.5)) : -square_root(Real(0.5)), sum);
   }
   bool centred() const { return false; }
+  const Plan& in_row(const Plan& plan, bool real) const { return real ? plan.in_real_rows() : plan.in_complex_rows(); }
   // A function of lists of references applied to both components of complex values.
   template <class F>
   std::vector<Ref> by_components(std::span<const Ref> x, F f) const {
@@ -77,6 +78,7 @@ struct Pairs {
   }
   Pair eighths(Pair a, int odd) const;
   bool centred() const { return conventions.centred; }
+  const Plan& in_row(const Plan& plan, bool) const { return plan.in_complex_rows(); }
   template <class F>
   std::vector<Pair> by_components(std::span<const Pair> x, F f) const {
     std::vector<Ref> component[2];
@@ -127,11 +129,22 @@ std::vector<typename A::Value> four_point(const A& alg, std::span<const typename
   return {alg.add(s, e), alg.add(d, f), alg.sub(s, e), alg.sub(d, f)};
 }
 
+// Bins of real data that are real.
+inline bool real_bin(int k, int length) { return k == 0 || 2 * k == length; }
+
 // Where the points of a link stand: input of block j at its point i, and output k2 of row k1.
 struct LinkMap {
   explicit LinkMap(const Plan& plan, bool centred = false);
   int length() const { return a * b; }
   int input(int i, int j) const { return twiddles ? i * b + j : (b * i * element + a * j * row) % length(); }
+  // The points of each block of the first stage.
+  template <class T>
+  std::vector<std::vector<T>> classes(std::span<const T> x) const {
+    std::vector<std::vector<T>> all(b);
+    for (int j = 0; j < b; ++j)
+      for (int i = 0; i < a; ++i) all[j].push_back(x[input(i, j)]);
+    return all;
+  }
   // The bin of a class that row k1 stands for.
   int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
   int output(int k1, int k2) const {
@@ -147,23 +160,21 @@ struct LinkMap {
   int element, row, element_inverse, row_inverse;
 };
 
-// A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x, first_stage).
+// A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x).
 template <class A, class Block>
 std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span<const typename A::Value> x, int sign,
-                                       bool first_stage, const Block& block) {
+                                       const Block& block) {
   using Value = typename A::Value;
   if (!plan.link()) {
     if (plan.kind == Plan::Kind::Block && plan.length == 2) return two_point(alg, x);
     if (plan.kind == Plan::Kind::Block && plan.length == 4) return four_point(alg, x, sign);
-    return block(plan, x, first_stage);
+    return block(plan, x);
   }
   const LinkMap map(plan, alg.centred());
-  std::vector<std::vector<Value>> u(map.b);
+  std::vector<std::vector<Value>> u = map.classes(x);
   for (int j = 0; j < map.b; ++j) {
     const Graph::Loop loop(alg.g, "class", j);
-    std::vector<Value> in(map.a);
-    for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
-    u[j] = planned<A>(alg, plan.first(), in, sign, first_stage, block);
+    u[j] = planned<A>(alg, plan.first(), u[j], sign, block);
   }
   std::vector<Value> y(map.length());
   for (int k1 = 0; k1 < map.a; ++k1) {
@@ -173,17 +184,52 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
       const Graph::Loop rotation(alg.g, "rotation", j);
       in[j] = map.twiddles ? twiddled(alg, u[j][k1], sign * j * map.bin(k1), map.length()) : u[j][k1];
     }
-    const std::vector<Value> z = planned<A>(alg, plan.second(), in, sign, first_stage && k1 == 0, block);
+    const std::vector<Value> z = planned<A>(alg, alg.in_row(plan.second(), real_bin(k1, map.a)), in, sign, block);
     for (int k2 = 0; k2 < map.b; ++k2) y[map.output(k1, k2)] = z[k2];
   }
   return y;
 }
 
-// C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), the constant spectrum of Rader's method with the root g
-// (L = p-1, W = exp(sign*2*pi*i/p)). C[0] = -1/L exactly, and C[L/2] is real or imaginary.
 struct ComplexNumber {
   Real re = 0, im = 0;
 };
-std::vector<ComplexNumber> rader_spectrum(int prime, int root, int sign);
+
+// Rader's method: with a primitive root g the bins of prime length p are a cyclic convolution of length L = p-1 of x[g^q]
+// with exp(-2*pi*i*g^-q/p), whose results stand at the bins g^-q; x[0] is in all of them.
+class RaderMap {
+ public:
+  explicit RaderMap(const Plan& plan);
+
+  // x[start*g^q] for all q, and the bin of result q.
+  template <class T>
+  std::vector<T> sequence(std::span<const T> x) const {
+    std::vector<T> in;
+    for (int q = 0; q < length; ++q) in.push_back(x[start_ * power_mod(root_, q, prime_) % prime_]);
+    return in;
+  }
+  int output(int q) const { return inverse_mod(start_, prime_) * power_mod(inverse_mod(root_, prime_), q, prime_) % prime_; }
+  // C[j] = (1/L) * sum over q of W^(g^-q) * exp(-2*pi*i*q*j/L), W = exp(sign*2*pi*i/p): C[0] = -1/L exactly, and C[L/2] is
+  // real or imaginary.
+  std::vector<ComplexNumber> spectrum(int sign) const;
+
+  const int length;
+
+ private:
+  const int prime_, root_, start_;
+};
+
+// Rader's method on complex values: `run` makes a transform, run(plan, x, sign); `multiply` takes bins times constants. x[0]
+// enters at bin 0 only, which feeds it to all outputs.
+template <class Value, class Add, class Multiply, class Run>
+std::vector<Value> complex_rader(const Plan& plan, std::span<const Value> x, int sign, Add add, Multiply multiply, Run run) {
+  const RaderMap map(plan);
+  std::vector<Value> bins = run(plan.first(), map.sequence(x), -1), y(plan.length);
+  y[0] = add(x[0], bins[0]);
+  multiply(bins, map.spectrum(sign));
+  bins[0] = add(x[0], bins[0]);
+  const std::vector<Value> results = run(mirrored(plan.first()), bins, +1);
+  for (int q = 0; q < map.length; ++q) y[map.output(q)] = results[q];
+  return y;
+}
 
 }  // namespace xfm

@@ -42,9 +42,11 @@ Half HalfSpectra::real(const Plan& plan, std::span<const Ref> x, Wanted wanted) 
     case Plan::Kind::GoodThomas: return linked(plan, x, wanted);
     case Plan::Kind::Rader: return rader(plan, x, -1);
     case Plan::Kind::Block: return block(plan, x, -1, wanted);
+    case Plan::Kind::ComplexRader:
+    case Plan::Kind::Chirp:
     case Plan::Kind::Turned: break;
   }
-  check(false, "a plan of rows stands behind a link");
+  check(false, "a plan of half spectra");
   return {};
 }
 
@@ -58,13 +60,10 @@ Half HalfSpectra::with_sign(const Plan& plan, std::span<const Ref> x, int sign) 
 }
 
 std::vector<Pair> HalfSpectra::complex(const Plan& plan, std::span<const Pair> z) {
-  const auto apart = [&](const Plan& block, std::span<const Pair> in, bool) {
-    if (block.kind == Plan::Kind::Rows) return complex(block.second(), in);
-    const Plan* rader = block.kind == Plan::Kind::Block && primes_ ? primes_(block.length, false) : nullptr;
-    HalfSpectra part(g_, pairs_.conventions);
-    return joined<Pairs>(pairs_, in, [&](std::span<const Ref> x) { return part.real(rader ? *rader : block, x); });
+  const auto apart = [&](const Plan& block, std::span<const Pair> in) {
+    return joined<Pairs>(pairs_, in, [&](std::span<const Ref> x) { return real(block, x); });
   };
-  return planned<Pairs>(pairs_, plan, z, -1, false, apart);
+  return planned<Pairs>(pairs_, plan.in_complex_rows(), z, -1, apart);
 }
 
 Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Wanted wanted) {
@@ -76,7 +75,6 @@ Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Want
     return {{g_.add(s, e), {}}, bin, {g_.sub(s, e), {}}};
   }
   if (plan.length == 8) return eight_point(x, wanted);
-  if (const Plan* rader_plan = primes_ ? primes_(plan.length, true) : nullptr) return rader(*rader_plan, x, sign);
   return direct(x, sign);
 }
 
@@ -152,10 +150,8 @@ Half HalfSpectra::linked(const Plan& plan, std::span<const Ref> x, Wanted wanted
   const LinkMap map(plan);
   if (map.a % 2 == 1 || !pairs_.conventions.apart) wanted = Wanted::All;  // the parity of a bin is that of its row for even a only
   std::vector<Half> u;
-  for (int j = 0; j < map.b; ++j) {
-    const Graph::Loop loop(g_, "class", j);
-    std::vector<Ref> in(map.a);
-    for (int i = 0; i < map.a; ++i) in[i] = x[map.input(i, j)];
+  for (const std::vector<Ref>& in : map.classes(x)) {
+    const Graph::Loop loop(g_, "class", static_cast<int>(u.size()));
     u.push_back(real(plan.first(), in, wanted));
   }
   HalfBins bins(plan.length);
@@ -257,22 +253,17 @@ std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spe
   return placed(transposed, transpose(network, ends, outputs, transposed, placeholders), g_, feed);
 }
 
-// Rader's method: with a primitive root g the bins of prime length p are a cyclic convolution of length L = p-1 of
-// x[g^j] with exp(-2*pi*i*g^-j/p).
-//
-// The constant spectrum is real at even and imaginary at odd bins but for the parts that g^(L/2) = -1 cancels: taken times -i
+// The constant spectrum of Rader's method is real at even and imaginary at odd bins but for the parts that g^(L/2) = -1 cancels: taken times -i
 // at odd bins it keeps both halves real combinations of the input. So the way back needs no transform of length L: the even
 // bins give the real parts and the odd ones the imaginary parts, each through the transposed network of those bins.
 Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
-  const int p = plan.length, length = p - 1, half = length / 2, start = plan.numbering.start;
-  const int root = plan.numbering.root ? plan.numbering.root : primitive_root(p);
-  std::vector<Ref> sequence;
-  for (int q = 0; q < length; ++q) sequence.push_back(x[start * power_mod(root, q, p) % p]);
-  const Half bins = within("first", [&] { return HalfSpectra(g_, pairs_.conventions).real(plan.first(), sequence); });
+  const RaderMap map(plan);
+  const int half = map.length / 2;
+  const Half bins = within("first", [&] { return real(plan.first(), map.sequence(x)); });
 
-  HalfBins out(p);
+  HalfBins out(plan.length);
   out.put(0, {g_.add(x[0], bins[0].re), {}});
-  const std::vector<ComplexNumber> spectrum = rader_spectrum(p, root, sign);
+  const std::vector<ComplexNumber> spectrum = map.spectrum(sign);
   Half product(1);
   for (int j = 1; j <= half; ++j) {
     const Graph::Loop loop(g_, "product", j);
@@ -282,8 +273,7 @@ Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
   product[0].re = g_.lin({{1, x[0]}, {spectrum[0].re, bins[0].re}});
   const std::vector<Ref> re = within("even", [&] { return second_transform(plan.second(), product, Wanted::All); });
   const std::vector<Ref> im = within("odd", [&] { return second_transform(plan.second(), product, Wanted::Odd); });
-  for (int q = 0; q < half; ++q)
-    out.put(1LL * inverse_mod(start, p) * power_mod(inverse_mod(root, p), q, p), {re[q], im[q]});
+  for (int q = 0; q < half; ++q) out.put(map.output(q), {re[q], im[q]});
   return out.take();
 }
 

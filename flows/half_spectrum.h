@@ -8,7 +8,6 @@
 // one sum and one difference for every pair of bins k, N-k (`joined`).
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include "flows/blocks.h"
@@ -16,15 +15,10 @@
 namespace xfm {
 
 using Half = std::vector<Pair>;  // bins 0..N/2
-inline bool real_bin(int k, int length) { return k == 0 || 2 * k == length; }
-
-// The plan by Rader's method of a prime block, or null where it is worked by its definition.
-using PrimePlans = std::function<const Plan*(int prime, bool real_row)>;
 
 class HalfSpectra {
  public:
-  HalfSpectra(Graph& g, const Conventions& conventions, PrimePlans primes = {})
-      : g_(g), pairs_{g, conventions}, primes_(std::move(primes)) {}
+  HalfSpectra(Graph& g, const Conventions& conventions) : g_(g), pairs_{g, conventions} {}
 
   enum class Wanted { All, Odd };  // bins that are not wanted may be left out
   Half real(const Plan& plan, std::span<const Ref> x, Wanted wanted = Wanted::All);
@@ -51,7 +45,6 @@ class HalfSpectra {
 
   Graph& g_;
   Pairs pairs_;
-  PrimePlans primes_;
 };
 
 // A block over complex values, worked as two half spectra; `half` makes one from the values of a component, and its bins

@@ -106,11 +106,22 @@ class Parser {
   }
 
   Plan rader() {
-    std::vector<Plan> two = parts(2, 2);
-    const int prime = two[0].length + 1;
+    std::vector<Plan> all = parts(1, 2);
+    const int prime = all[0].length + 1;
     if (prime < 5 || !is_prime(prime)) fail("Rader's method at " + std::to_string(prime) + ", which is no prime from 5");
-    if (two[1].length != prime - 1) fail("the parts do not fit together");
-    return {Plan::Kind::Rader, prime, std::move(two)};
+    if (all.size() == 1) return {Plan::Kind::ComplexRader, prime, std::move(all)};
+    if (all[1].length != prime - 1) fail("the parts do not fit together");
+    return {Plan::Kind::Rader, prime, std::move(all)};
+  }
+
+  Plan chirp() {
+    expect("(");
+    const int length = number(take());
+    expect(";");
+    Plan convolution = chain();
+    expect(")");
+    if (convolution.length < 2 * length - 1) fail("the convolution is too short");
+    return {Plan::Kind::Chirp, length, {std::move(convolution)}};
   }
 
   Plan stage() {
@@ -122,6 +133,7 @@ class Parser {
     if (accept("halves")) return halves();
     if (accept("rows")) return rows();
     if (accept("rader")) return rader();
+    if (accept("chirp")) return chirp();
     if (accept("apart")) {
       std::vector<Plan> one = parts(1, 1);
       const int length = one[0].length;
@@ -159,7 +171,9 @@ std::string to_text(const Plan& plan) {
     case Plan::Kind::Block: return std::to_string(plan.length);
     case Plan::Kind::CooleyTukey: return part(plan.first()) + " ct " + part(plan.second());
     case Plan::Kind::GoodThomas: return part(plan.first()) + " pf " + part(plan.second());
-    case Plan::Kind::Rader: return call("rader");
+    case Plan::Kind::Rader:
+    case Plan::Kind::ComplexRader: return call("rader");
+    case Plan::Kind::Chirp: return "chirp(" + std::to_string(plan.length) + "; " + to_text(plan.first()) + ")";
     case Plan::Kind::Halves: return call("halves");
     case Plan::Kind::Rows: return call("rows");
     case Plan::Kind::Apart: return call("apart");

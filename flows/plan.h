@@ -3,7 +3,10 @@
 //   7                 a block of that length: a butterfly of 2, 4 or 8 points, or an odd prime by its definition
 //   A ct B            Cooley-Tukey link: B blocks of length A, twiddles, A blocks of length B
 //   A pf B            Good-Thomas link (A and B coprime): the same without twiddles
-//   rader(A; B)       Rader's method at the prime length A + 1: A first, B read as a forward plan and run transposed
+//   rader(A; B)       Rader's method on half spectra at the prime length A + 1: A first, B read as a forward plan and run
+//                     transposed
+//   rader(A)          Rader's method on complex data: A first, A read backwards on the way back
+//   chirp(N; A)       the chirp convolution for N points, by A on at least 2N - 1 points and back
 //   R13a              a plan of the table of blocks by its name: a letter, its length, small letters
 //
 // Plans of half spectra have in addition
@@ -36,7 +39,7 @@ struct Numbering {
 };
 
 struct Plan {
-  enum class Kind { Block, CooleyTukey, GoodThomas, Rader, Halves, Rows, Apart, Turned };
+  enum class Kind { Block, CooleyTukey, GoodThomas, Rader, ComplexRader, Chirp, Halves, Rows, Apart, Turned };
   Kind kind = Kind::Block;
   int length = 1;
   std::vector<Plan> parts = {};

@@ -38,25 +38,34 @@ std::string departure_reason(const TableRow& row) {
   return told ? row["reason"] : "";
 }
 
-PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly) {
+namespace {
+
+bool names_block(const std::string& name, const std::string& length) {
+  const auto small = [](char c) { return c >= 'a' && c <= 'z'; };
+  return name[0] >= 'A' && name[0] <= 'Z' && name.compare(1, length.size(), length) == 0 &&
+         std::all_of(name.begin() + 1 + length.size(), name.end(), small);
+}
+
+}  // namespace
+
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, PrimeBlocks* primes) {
   PlanBlocks blocks;
-  const Table table = Table::read(file, {"Name", "Plan"});
+  std::vector<std::string> columns{"Name", "Plan"};
+  if (primes) columns.push_back("Precision");
+  const Table table = Table::read(file, columns);
   for (const TableRow& row : table.rows()) {
     Plan plan = plan_in(row, "Plan", 0, blocks);
     check_blocks(row, plan, largest_butterfly);
-    in_row(row, [&] { define_block(blocks, row["Name"], std::move(plan)); });
+    const std::string length = std::to_string(plan.length);
+    plan.name = row["Name"];
+    if (!names_block(plan.name, length)) row.fail("'" + plan.name + "' is no name of a block of length " + length);
+    if (!blocks.emplace(plan.name, plan).second) row.fail("a second block of the name " + plan.name);
+    if (!primes || row["Precision"] == "-") continue;
+    const int precision = row.integer("Precision");
+    if (!is_prime(plan.length) || !primes->emplace(std::pair(precision, plan.length), plan).second)
+      row.fail("no prime, or one that has a block in this precision");
   }
   return blocks;
-}
-
-void define_block(PlanBlocks& blocks, const std::string& name, Plan plan) {
-  const std::string length = std::to_string(plan.length);
-  const auto small = [](char c) { return c >= 'a' && c <= 'z'; };
-  if (name.empty() || name[0] < 'A' || name[0] > 'Z' || name.compare(1, length.size(), length) != 0 ||
-      !std::all_of(name.begin() + 1 + length.size(), name.end(), small))
-    throw InputError("'" + name + "' is no name of a block of length " + length);
-  plan.name = name;
-  if (!blocks.emplace(name, std::move(plan)).second) throw InputError("a second block of the name " + name);
 }
 
 }  // namespace xfm

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -36,9 +37,10 @@ Plan plan_in(const TableRow& row, std::string_view column, int length, const Pla
 // Whether a block of a plan has a form: a butterfly of up to so many points, or an odd prime.
 void check_blocks(const TableRow& row, const Plan& plan, int largest_butterfly);
 
-// The blocks of a table of names and plans, each of which may use those above it.
-PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly);
-// Gives a plan a name: a capital letter and its length, then small letters or nothing. Throws InputError.
-void define_block(PlanBlocks& blocks, const std::string& name, Plan plan);
+// The blocks of a table of names and plans, each of which may use those above it. A name is a capital letter and the length,
+// then small letters or nothing. Where the table has a column "Precision", `primes` gets the blocks that stand for the prime
+// of their length in one.
+using PrimeBlocks = std::map<std::pair<int, int>, Plan>;  // by precision and prime
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, PrimeBlocks* primes = nullptr);
 
 }  // namespace xfm

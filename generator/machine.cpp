@@ -32,6 +32,10 @@ Type vector_type(bool single, int lanes) {
   return *found;
 }
 
+int count(const Program& program, Op op, Type type) {
+  return static_cast<int>(std::ranges::count_if(program.insts(), [&](const Inst& i) { return i.op == op && i.type == type; }));
+}
+
 bool is_load(Op op) {
   switch (op) {
     case Op::Load:

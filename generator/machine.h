@@ -117,6 +117,9 @@ class Program {
   std::map<std::pair<int, std::vector<__int128>>, int> pooled_;
 };
 
+// How often a program does an operation in a type.
+int count(const Program& program, Op op, Type type);
+
 // A program with an order of its operations: each stands behind its operands. Stores are not among them; each follows its
 // value, and where the body must load before it stores, the last load.
 struct Body {

@@ -24,4 +24,14 @@ Forms::Form Forms::of(Program scalar, const std::string& kernels, int size, cons
 
 int Forms::registers() const { return target_ ? target_->registers : kRegisters; }
 
+Arithmetic arithmetic(const Program& program) {
+  Arithmetic found;
+  for (const Inst& inst : program.insts()) {
+    found.sums += inst.op == Op::Add || inst.op == Op::Sub || inst.op == Op::AddSub || inst.op == Op::SignedAdd;
+    found.products += inst.op == Op::Mul;
+    found.packed = found.packed || width(inst.type) > 1;
+  }
+  return found;
+}
+
 }  // namespace xfm::pack

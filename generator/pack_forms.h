@@ -30,4 +30,11 @@ class Forms {
   std::optional<Recipes> recipes_;
 };
 
+// Instructions of a program that compute, each of as many lanes as there are.
+struct Arithmetic {
+  int sums = 0, products = 0;
+  bool packed = false;  // of more than one lane
+};
+Arithmetic arithmetic(const Program& program);
+
 }  // namespace xfm::pack

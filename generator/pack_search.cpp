@@ -68,20 +68,17 @@ class Trials {
 
 }  // namespace
 
-Form search(const Program& scalar, const std::vector<int>& lanes, const Target& target, Grid grid) {
+std::vector<Form> search(const Program& scalar, const Target& target, Grid grid) {
   const Network network = read_network(scalar);
   const std::vector<Family> families = find_families(network);
   const auto cycles = [&](const Program& p) { return cycles_per_call(p, schedule(p, target.registers), target.registers); };
-  Form best{{1, {}, false, false}, cycles(scalar)};
-  const double most = best.cycles * kHandicap;
-  for (int width : lanes) {
+  std::vector<Form> forms = {{{1, {}, false, false}, cycles(scalar) * kHandicap}};
+  for (int lanes = 2; lanes <= kMaxLanes && target.has_register(vector_type(false, lanes)); lanes *= 2) {
     Trials trials(network, families, target, grid);
-    for (const Rule& rule : trials.best(width)) {
-      const double time = cycles(trials.packed(rule));
-      if (time < most && time < best.cycles) best = {rule, time};
-    }
+    for (const Rule& rule : trials.best(lanes)) forms.push_back({rule, cycles(trials.packed(rule))});
   }
-  return best;
+  std::ranges::stable_sort(forms, {}, &Form::cycles);
+  return forms;
 }
 
 }  // namespace xfm::pack

@@ -12,7 +12,8 @@ struct Form {
   double cycles;  // of a call, by the model
 };
 
-// The quickest form. `scalar` is it where no packed one is quicker by a twentieth.
-Form search(const Program& scalar, const std::vector<int>& lanes, const Target& target, Grid grid);
+// The best forms of every number of lanes that doubles of the target have, and the scalar form, the quickest first. To be
+// ahead of the scalar form a packed one has to be quicker by a twentieth.
+std::vector<Form> search(const Program& scalar, const Target& target, Grid grid);
 
 }  // namespace xfm::pack

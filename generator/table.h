@@ -23,7 +23,7 @@ class TableRow {
   [[nodiscard]] bool has(std::string_view column) const { return cells_.contains(column); }
   // The cell as a decimal integer; anything else is bad input.
   [[nodiscard]] int integer(std::string_view column) const;
-  [[nodiscard]] int line() const { return line_; }
+  [[nodiscard]] std::string where() const { return file_ + ":" + std::to_string(line_); }
   // Reports bad input in this row.
   [[noreturn]] void fail(std::string_view reason) const;
 

@@ -98,13 +98,14 @@ std::string counts_text(const Transform& first, const std::string& plans) {
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : rows) {
         const FlowCounts& f = row.counts;
-        const ScalarCounts c = scalar_counts(program_of(t, row, precision));
+        const Program program = program_of(t, row, precision);
         text += symbol(t, row.length, type);
-        for (int count : {f.additions, f.multiplications, f.doublings, f.folded_doublings, f.non_root, c.add_single,
-                          c.sub_single, c.mul_single, c.add_double, c.sub_double, c.mul_double, c.widen, c.narrow,
-                          c.loads, c.stores})
-          text += "\t" + std::to_string(count);
-        text += "\n";
+        for (int n : {f.additions, f.multiplications, f.doublings, f.folded_doublings, f.non_root}) text += "\t" + std::to_string(n);
+        for (const Type in : {Type::F32, Type::F64})
+          for (const Op op : {Op::Add, Op::Sub, Op::Mul}) text += "\t" + std::to_string(count(program, op, in));
+        text += "\t" + std::to_string(count(program, Op::Widen, Type::F64)) + "\t" + std::to_string(count(program, Op::Narrow, Type::F32));
+        const Type element = precision == Precision::Single ? Type::F32 : Type::F64;
+        text += "\t" + std::to_string(count(program, Op::Load, element)) + "\t" + std::to_string(program.stores().size()) + "\n";
       }
   }
   return text;
@@ -116,12 +117,8 @@ std::string instructions_text(const std::string& plans, const pack::Forms& forms
   for (const Transform& t : kTransforms)
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : read_rows(plans, t.family)) {
-        int adds = 0, muls = 0;
-        for (const Inst& inst : form_of(t, row, type, forms).program.insts()) {
-          adds += inst.op == Op::Add || inst.op == Op::Sub || inst.op == Op::AddSub || inst.op == Op::SignedAdd;
-          muls += inst.op == Op::Mul;
-        }
-        text += symbol(t, row.length, type) + "\t" + std::to_string(adds) + "\t" + std::to_string(muls) + "\n";
+        const pack::Arithmetic made = pack::arithmetic(form_of(t, row, type, forms).program);
+        text += symbol(t, row.length, type) + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\n";
       }
   return text;
 }

@@ -169,29 +169,7 @@ Program lower(const Flow& flow, Layout source, Layout target, Precision precisio
   return Lowering(flow, source, precision).run(target);
 }
 
-ScalarCounts scalar_counts(const Program& program) {
-  ScalarCounts c;
-  for (const Inst& i : program.insts()) {
-    const bool single = i.type == Type::F32;
-    switch (i.op) {
-      case Op::Load: ++c.loads; break;
-      case Op::Add: ++(single ? c.add_single : c.add_double); break;
-      case Op::Sub: ++(single ? c.sub_single : c.sub_double); break;
-      case Op::Mul: ++(single ? c.mul_single : c.mul_double); break;
-      case Op::Widen: ++c.widen; break;
-      case Op::Narrow: ++c.narrow; break;
-      case Op::Constant:
-      case Op::Scale:
-      case Op::Zero: break;
-      default: check(false, "a scalar body has scalar operations only");
-    }
-  }
-  c.stores = static_cast<int>(program.stores().size());
-  return c;
-}
-
 void check_lowered(const Program& program, const Flow& flow, const FlowCounts& counts, Precision precision) {
-  const ScalarCounts c = scalar_counts(program);
   const int n = static_cast<int>(flow.outputs.size());
   const bool single = precision == Precision::Single;
   const auto equal = [](int got, int expected, const char* what) {
@@ -199,14 +177,16 @@ void check_lowered(const Program& program, const Flow& flow, const FlowCounts& c
                                std::to_string(expected));
   };
   const int open = single ? counts.last_narrowings : 0;
-  equal(c.add_single + c.sub_single, single ? counts.single_additions : 0, "single additions");
-  equal(c.add_double + c.sub_double, single ? counts.double_additions : counts.additions, "double additions");
-  equal(c.mul_single, single ? n - open + counts.doublings : 0, "single multiplications");
-  equal(c.mul_double, single ? counts.multiplications + open : counts.multiplications + counts.doublings + n,
+  const auto both = [&](Op op) { return count(program, op, Type::F32) + count(program, op, Type::F64); };
+  const auto sums = [&](Type type) { return count(program, Op::Add, type) + count(program, Op::Sub, type); };
+  equal(sums(Type::F32), single ? counts.single_additions : 0, "single additions");
+  equal(sums(Type::F64), single ? counts.double_additions : counts.additions, "double additions");
+  equal(count(program, Op::Mul, Type::F32), single ? n - open + counts.doublings : 0, "single multiplications");
+  equal(count(program, Op::Mul, Type::F64), single ? counts.multiplications + open : counts.multiplications + counts.doublings + n,
         "double multiplications");
-  equal(c.widen, single ? counts.widenings : 0, "widenings");
-  equal(c.narrow, single ? counts.inner_narrowings + counts.last_narrowings : 0, "narrowings");
-  equal(c.loads, n, "loads");
+  equal(both(Op::Widen), single ? counts.widenings : 0, "widenings");
+  equal(both(Op::Narrow), single ? counts.inner_narrowings + counts.last_narrowings : 0, "narrowings");
+  equal(both(Op::Load), n, "loads");
 }
 
 }  // namespace xfm::rdft

@@ -8,13 +8,11 @@
 #include "generator/pack.h"
 #include "rdft/flow.h"
 #include "rdft/layout.h"
-#include "rdft/lower.h"
 
 namespace xfm::rdft {
 
 // The column Kernels of plans/pack_recipes.tsv.
 std::string kernels_name(Family family);
-std::vector<int> lanes_to_try(Precision precision);
 pack::Grid grid(Layout source, Layout target, int n);
 
 }  // namespace xfm::rdft

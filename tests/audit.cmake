@@ -8,6 +8,8 @@ get_target_property(sample_sources audit_samples SOURCES_FOLDER)
 get_target_property(sample_objects audit_samples OBJECTS_FOLDER)
 xfm_add_test(audit_samples_test LABEL audit SOURCES audit_samples_test.cpp LIBRARIES xfm_audit_lib)
 add_dependencies(audit_samples_test audit_samples)
+file(GLOB samples CONFIGURE_DEPENDS ${sample_sources}/*.S)
+set_target_properties(audit_samples_test PROPERTIES LINK_DEPENDS "${samples}")  # its cases are found when it is linked
 target_compile_definitions(audit_samples_test PRIVATE
   XFM_TARGET_ROWS="${targets_tsv}" XFM_AUDIT_SOURCES="${PROJECT_SOURCE_DIR}/audit" XFM_AUDIT_SAMPLE_SOURCES="${sample_sources}" XFM_AUDIT_SAMPLE_OBJECTS="${sample_objects}")
 
@@ -49,7 +51,8 @@ foreach(target IN LISTS XFM_TARGETS)
     set(counts --counts ${PROJECT_BINARY_DIR}/reports/${target}/wht_counts.tsv)
   endif()
   if(XFM_PACK AND NOT target STREQUAL XFM_BASE)
-    list(APPEND counts --counts ${PROJECT_BINARY_DIR}/reports/${target}/real_instructions.tsv)
+    list(APPEND counts --counts ${PROJECT_BINARY_DIR}/reports/${target}/real_instructions.tsv
+                       --counts ${PROJECT_BINARY_DIR}/reports/${target}/dct4_functions.tsv)
   else()
     list(APPEND counts ${unpacked})
   endif()

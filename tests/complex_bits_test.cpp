@@ -11,9 +11,10 @@ namespace {
 
 using namespace complex_test;
 using namespace xfm;
+using namespace xfm::dft;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
@@ -57,8 +58,8 @@ TEST_P(ComplexBits, AreThoseOfTheGraph) {
     using T = decltype(one);
     const int precision = sizeof(T) == 4 ? 32 : 64;
     const ComplexRow& row = tables().row(precision, kernel.n);
-    const LanedTransform graph = laned_transform(row.plan, tables().recipes.at(precision), kernel.sign, 1, Placement::Nested);
-    const Interpreter<T> definition(graph.graph, widens_products(precision, kernel.n));
+    const LanedTransform graph = laned_transform(row.plan, kernel.sign, 1, Placement::Nested);
+    const Interpreter<T> definition(graph.graph, row.widens_products());
     std::mt19937 engine(kernel.n);
     for (const Data data : kData)
       for (const int flag : kFlags) {

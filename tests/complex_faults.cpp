@@ -5,6 +5,7 @@
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include "xfm.h"
 
@@ -54,6 +55,12 @@ KERNEL(xfmgDFTFwd_CToC_15_32fc, float) {
 }
 
 KERNEL(xfmgDFTFwd_CToC_12_64fc, double) {
+  static double kept[2 * 12];
+  if (src != nullptr && dst != nullptr && fault("one-scratch-for-all")) {
+    memcpy(kept, src, sizeof kept);
+    usleep(200);
+    return library(__func__ + sizeof "stand_in_" - 1, kept, dst, flag);
+  }
   double scaled[2 * 12];
   if (src == nullptr || dst == nullptr || flag != xfmScaleBySqrtN || !fault("scales-first")) return library(__func__ + sizeof "stand_in_" - 1, src, dst, flag);
   for (int i = 0; i < 2 * 12; ++i) scaled[i] = src[i] * 0.28867513459481287;

@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(All, Convention, testing::ValuesIn(kEnvironments), [](c
 
 extern "C" {
 #define FAULTS(X) X(none) X(rbx) X(rbp) X(r12) X(r13) X(r14) X(r15) X(rsp) X(direction) X(rounding) X(flush) X(mask) \
-  X(x87_word) X(x87_stack) X(mmx) X(ymm0) X(ymm7) X(ymm15)
+  X(x87_word) X(x87_stack) X(mmx) X(ymm0) X(ymm7) X(ymm15) X(zmm0) X(zmm15)
 #define DECLARE(name) void fault_##name();
 FAULTS(DECLARE)
 }
@@ -81,11 +81,12 @@ TEST(ConventionHarness, SeesEveryFault) {
   const Fault faults[] = {FAULTS(ROW)};
   for (const auto& fault : faults) {
     auto probe = probe_of(reinterpret_cast<const void*>(fault.function), 0, 0x1f80);
+    if (fault.name.starts_with("zmm") && !probe.wide) continue;  // no such registers
     convention_probe(&probe);
     const auto said = convention::departures(probe);
     if (fault.name == "none") EXPECT_EQ(said, "");
     else if (fault.name.starts_with("r") && fault.name.size() == 3) EXPECT_EQ(said, fault.name);
-    else if (fault.name.starts_with("ymm")) EXPECT_EQ(said, "upper half of " + fault.name);
+    else if (fault.name.find("mm") == 1) EXPECT_EQ(said, "upper half of " + fault.name);
     else EXPECT_NE(said, "") << fault.name;
   }
 }

@@ -107,8 +107,8 @@ inline void dct4_calls(Arena& arena, const xfm::FunctionList& list, const std::s
   };
   for (int length = 2; length <= Arena::kDct4; length *= 2) {
     const std::string what = std::to_string(length) + " points";
-    static int size;
-    static void* state;
+    int size = 0;
+    void* state = nullptr;
     call("GetSize", {as_int(length), bits(&size)}, xfmStatusOk, what);
     std::vector<char> block(static_cast<std::size_t>(size) + 64);
     call("Init", {bits(&state), as_int(length), bits(block.data())}, xfmStatusOk, what);
@@ -131,7 +131,7 @@ inline int for_every_call(Arena& arena, const xfm::FunctionList& list, const std
     if (called.empty() || called.back() != call.function->name) called.push_back(call.function->name);
     visit(call);
   };
-  static int size;
+  int size = 0;
   for (const auto& f : list.functions()) {
     if (f.kind != xfm::FunctionKind::Entry) transform_calls(arena, f, address(f.name), counting);
     else if (f.name == "xfmgenGetLibVersion") counting({&f, address(f.name), {}, 0, "record"});

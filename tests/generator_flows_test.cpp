@@ -12,13 +12,14 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 using graph_values::definition;
 using graph_values::deviation;
 using graph_values::source;
 using graph_values::Value;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
@@ -43,7 +44,7 @@ TEST_P(GeneratorFlows, AreTheTransformExactly) {
       const ComplexRow& row = tables().row(precision, n);
       for (const Placement placement : {Placement::Nested, Placement::Flattened}) {
         if (placement == Placement::Flattened && (lanes == 1 || row.plan.flow != Flow::Complex)) continue;
-        const LanedTransform t = laned_transform(row.plan, tables().recipes.at(precision), sign, lanes, placement);
+        const LanedTransform t = laned_transform(row.plan, sign, lanes, placement);
         ASSERT_EQ(t.outputs.size(), expected.size());
         const long double off = deviation(graph_values::evaluate(t.graph, t.outputs, x), expected);
         EXPECT_LT(off, kBound) << "N = " << n << " by '" << row.text << "', sign " << sign << ", "
@@ -55,7 +56,7 @@ TEST_P(GeneratorFlows, AreTheTransformExactly) {
 
 // The check sees one constant that is off where a double would not show it.
 TEST(GeneratorFlowsCheck, OneConstantOffIsSeen) {
-  const LanedTransform t = laned_transform(tables().row(64, 15).plan, tables().recipes.at(64), -1, 1, Placement::Nested);
+  const LanedTransform t = laned_transform(tables().row(64, 15).plan, -1, 1, Placement::Nested);
   const std::vector<Value> x = source(15), expected = definition(x, -1);
   int bent = 0;
   for (int spoilt = 0; spoilt < t.graph.size(); ++spoilt) {

@@ -113,7 +113,7 @@ TEST(GeneratorPasses, CountsAreOfDistinctLiveOperations) {
 TEST(GeneratorPasses, TransposedNetworksAreTransposedMatrices) {
   Sketch s;
   const Ref sum = s.g.add(s.a, s.b), difference = s.g.sub(s.a, s.b);
-  const Ref mixed = s.g.lin({{0.25, difference}, {-2, s.c}});
+  const Ref mixed = s.g.lin({{0.25, difference.turned(1)}, {-2, s.c.turned(3)}});
   const std::vector<Ref> outputs{s.g.add(sum, s.c), -mixed, s.g.add(mixed, s.g.scale(3, sum)), difference};
   const std::vector<int> inputs{s.a.node, s.b.node, s.c.node, s.d.node};
   Graph t;
@@ -160,6 +160,7 @@ TEST(GeneratorPasses, ConstantsMoveIntoTheProductsThatUseThem) {
     Sketch s;
     const Ref inner = s.g.lin({{0.5, s.a}, {0.25, -s.b}}), outer = s.g.lin({{4, inner}, {1, s.c}});
     check(s, {outer}, {"(2*x0 + -x1 + x2)"});
+    check(s, {s.g.lin({{4, inner.turned(1)}, {1, s.c}})}, {"(2*ix0 + -ix1 + x2)"});
     check(s, {outer, inner}, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "(0.5*x0 + 0.25*-x1)"});  // stored as it is
     check(s, {outer, s.g.add(inner, s.d)}, {"(4*(0.5*x0 + 0.25*-x1) + x2)", "((0.5*x0 + 0.25*-x1) + x3)"});
   }

@@ -16,9 +16,10 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
@@ -47,10 +48,10 @@ TEST(GeneratorLowering, EveryFormOfEveryLengthIsTheTransform) {
   for (const int precision : {32, 64})
     for (int n = 2; n <= 64; ++n)
       for (const int sign : {-1, +1})
-        for (const Form form : {Form::Scalar, Form::Split, Form::Interleaved}) {
-          const ComplexBody body = complex_body(tables(), precision, n, sign, {.form = form});
-          if (body.form != form) continue;
-          split += form == Form::Split;
+        for (const WorkingForm* form : tables().row(precision, n).forms) {
+          const ComplexBody body = complex_body(tables().row(precision, n), sign, {.form = form->name});
+          ASSERT_EQ(body.form, form);
+          split += form->name == "split";
           const Elements x = some_values(2 * n), y = executed(body.program, x, 2 * n, 1);
           const long double off = graph_values::deviation(complex_values(y), graph_values::definition(complex_values(x), sign));
           EXPECT_LT(off, precision == 32 ? 4e-7L : 8e-16L) << precision << " bits, N = " << n << ", " << describe(body);
@@ -84,7 +85,7 @@ TEST(GeneratorLowering, ComplexKernelsDoWhatTheirProgramsDo) {
       for (const int sign : {-1, +1}) {
         const std::string name = std::string(sign < 0 ? "xfmgDFTFwd" : "xfmgDFTInv") + "_CToC_" + std::to_string(n) + "_" +
                                  std::to_string(precision) + "fc";
-        expect_same_bits(name, n, precision == 32, complex_body(tables(), precision, n, sign).program, some_values(2 * n), 2 * n);
+        expect_same_bits(name, n, precision == 32, complex_body(tables().row(precision, n), sign).program, some_values(2 * n), 2 * n);
       }
 }
 

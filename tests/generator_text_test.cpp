@@ -20,9 +20,10 @@
 namespace {
 
 using namespace xfm;
+using namespace xfm::dft;
 
 const ComplexTables& tables() {
-  static const ComplexTables read = ComplexTables::read(XFM_PLANS "/complex_plans.tsv", XFM_PLANS "/lane_blocks.tsv");
+  static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
 }
 
@@ -37,7 +38,7 @@ std::string name_of(const Size& s) { return "N = " + std::to_string(s.length) + 
 
 TEST(GeneratorSchedule, OperandsComeFirstAndNothingIsDoneTwice) {
   for (const Size& size : kSizes) {
-    const Program program = complex_body(tables(), size.precision, size.length, size.sign).program;
+    const Program program = complex_body(tables().row(size.precision, size.length), size.sign).program;
     std::set<int> done;
     for (int v : schedule(program)) {
       const Inst& inst = program.insts()[v];
@@ -88,7 +89,7 @@ TEST(GeneratorText, EveryElementIsLoadedBeforeTheFirstStoreAndStoredOnce) {
   const std::regex store(R"(^(?:y\[(\d+)\] = |(\w+)::store\(y(?: \+ (\d+))?, |_mm_store([lh])_pi\(reinterpret_cast<__m64\*>\(y(?: \+ (\d+))?\), )(\w+))");
   const std::regex definition(R"(^const (\S+) (v\d+|s) = (.*);$)"), use(R"(\b(v\d+|s)\b)");
   for (const Size& size : kSizes) {
-    const ComplexBody body = complex_body(tables(), size.precision, size.length, size.sign);
+    const ComplexBody body = complex_body(tables().row(size.precision, size.length), size.sign);
     BodyNames names;
     names.pool = "pool";
     std::map<std::string, std::string> types;

@@ -1,8 +1,9 @@
 // A call of any function through an assembly routine that sees what the calling convention promises (probe.S).
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 namespace convention {
@@ -18,8 +19,10 @@ struct Probe {
   std::uint64_t rbx = 0, rbp = 0, r12 = 0, r13 = 0, r14 = 0, r15 = 0, rsp = 0, flags = 0;
   std::uint16_t x87[16]{};  // fnstenv: control word first, tag word in place 4
   std::uint64_t upper[16][2]{};
+  std::uint64_t wide = __builtin_cpu_supports("avx512f") != 0;  // whether the registers have 512 bits
+  std::uint64_t upper_wide[16][4]{};
 };
-static_assert(sizeof(Probe) == 440 && offsetof(Probe, mxcsr) == 72 && offsetof(Probe, x87) == 152 && offsetof(Probe, upper) == 184);
+static_assert(sizeof(Probe) == 960 && offsetof(Probe, mxcsr) == 72 && offsetof(Probe, x87) == 152 && offsetof(Probe, upper) == 184 && offsetof(Probe, wide) == 440);
 
 extern "C" void convention_probe(Probe*);
 
@@ -39,8 +42,10 @@ inline std::string departures(const Probe& probe) {
   due((probe.mxcsr_after & ~kStickyBits) == (probe.mxcsr & ~kStickyBits), "MXCSR control");
   due(probe.x87[0] == 0x37f, "x87 control word");
   due(probe.x87[4] == 0xffff, "x87 stack");
-  for (int i = 0; i < 16; ++i)
+  for (int i = 0; i < 16; ++i) {
     due(probe.upper[i][0] == 0 && probe.upper[i][1] == 0, "upper half of ymm" + std::to_string(i));
+    due(std::ranges::all_of(probe.upper_wide[i], [](std::uint64_t x) { return x == 0; }), "upper half of zmm" + std::to_string(i));
+  }
   return out;
 }
 

@@ -1,12 +1,14 @@
 // Plants faults, one at a time, in a copy of the source and its build, builds what the fault needs, and names the test that
-// caught it. The tree itself is never touched: in a mount namespace of its own each copy stands in the tree's place, so that
-// nothing but what a fault changes is built again.
+// caught it. The tree itself is never touched: in a mount namespace of its own a layer over one copy stands in the tree's
+// place for each fault, so that nothing but what the fault changes is built again.
 //
-//   run_faults SOURCE BUILD FAULTS_FOLDER [--check] [--sample N] [--seed N] [--only REGEX] [--jobs N] [--report FILE]
+//   run_faults SOURCE BUILD FAULTS_FOLDER [--check] [--sample N] [--seed N] [--slow] [--only REGEX] [--jobs N] [--report FILE]
 //
 // A fault in a *.faults file: its name and what it is; the file, the text that stands there once (-) and what stands there
-// instead (+); the targets to build; a regular expression of the tests that must catch it. `harmless` in their place
-// gives the reason why it changes nothing that anybody could see. `slow` keeps it out of samples: it builds kernels again.
+// instead (+); the targets to build; a regular expression of the tests that must catch it, the first of which to fail is
+// named. `refused` in the place of `test` says with which words the build must stop. `harmless` in the place of both gives
+// the reason why it changes nothing that anybody could see. `slow` is said of those that take more than half a minute: they
+// have a sample of their own.
 //
 //   == status-size-error: the public number of a status
 //   file include/xfm.h.in
@@ -27,6 +29,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <mutex>
 #include <random>
 #include <regex>
@@ -48,13 +51,13 @@ struct Edit {
 struct Fault {
   std::string name, what, place;  // place: file and line of its description
   std::vector<Edit> edits;
-  std::string targets, tests, harmless;
+  std::string targets, tests, refused, harmless;
   bool slow = false;
 };
 
 struct Options {
   fs::path source, build, folder, report;
-  bool check = false;
+  bool check = false, slow = false;
   std::size_t sample = 0;
   unsigned seed = 1, jobs = 1;
   std::regex only{""};
@@ -80,7 +83,7 @@ std::vector<Fault> read_faults(const fs::path& path) {
     if (line.starts_with("== ")) {
       const auto colon = line.find(": ");
       if (colon == std::string::npos) throw std::runtime_error(here + ": a fault says what it is behind a colon");
-      faults.push_back({line.substr(3, colon - 3), line.substr(colon + 2), here, {}, {}, {}, {}, false});
+      faults.push_back({line.substr(3, colon - 3), line.substr(colon + 2), here, {}, {}, {}, {}, {}, false});
       continue;
     }
     if (faults.empty()) throw std::runtime_error(here + ": a line before the first fault");
@@ -88,6 +91,7 @@ std::vector<Fault> read_faults(const fs::path& path) {
     if (line.starts_with("file ")) fault.edits.push_back({behind(line, 4), "", ""});
     else if (line.starts_with("build ")) fault.targets = behind(line, 5);
     else if (line.starts_with("test ")) fault.tests = behind(line, 4);
+    else if (line.starts_with("refused ")) fault.refused = behind(line, 7);
     else if (line == "slow") fault.slow = true;
     else if (line.starts_with("harmless ")) fault.harmless = behind(line, 8);
     else if ((line[0] == '-' || line[0] == '+') && !fault.edits.empty())
@@ -97,9 +101,9 @@ std::vector<Fault> read_faults(const fs::path& path) {
   return faults;
 }
 
-// The text of a file with the fault in it. One-line texts may stand within a line.
-std::string planted(const fs::path& source, const Fault& fault, const Edit& edit) {
-  std::string text = read(source / edit.file), before = edit.before, after = edit.after;
+// A file's text with one change of the fault in it. One-line texts may stand within a line.
+std::string planted(std::string text, const Fault& fault, const Edit& edit) {
+  std::string before = edit.before, after = edit.after;
   if (std::count(before.begin(), before.end(), '\n') == 1) {
     before.pop_back();
     if (!after.empty()) after.pop_back();
@@ -110,10 +114,21 @@ std::string planted(const fs::path& source, const Fault& fault, const Edit& edit
   return text.replace(at, before.size(), after);
 }
 
+// The files that the fault changes, as they are then.
+std::map<std::string, std::string> changed_files(const fs::path& source, const Fault& fault) {
+  std::map<std::string, std::string> files;
+  for (const auto& edit : fault.edits) {
+    const auto [at, first] = files.try_emplace(edit.file);
+    if (first) at->second = read(source / edit.file);
+    at->second = planted(std::move(at->second), fault, edit);
+  }
+  return files;
+}
+
 void check_fault(const fs::path& source, const Fault& fault) {
-  if (fault.edits.empty() || (fault.harmless.empty() ? fault.targets.empty() || fault.tests.empty() : false))
-    throw std::runtime_error(fault.place + ": " + fault.name + " needs a file, targets and tests");
-  for (const auto& edit : fault.edits) (void)planted(source, fault, edit);
+  if (fault.edits.empty() || (fault.harmless.empty() && (fault.targets.empty() || fault.tests.empty() == fault.refused.empty())))
+    throw std::runtime_error(fault.place + ": " + fault.name + " needs a file, targets, and tests or a refusal");
+  (void)changed_files(source, fault);
 }
 
 int run(const std::string& command) {
@@ -143,30 +158,44 @@ void take_snapshot(const Options& options, const fs::path& to) {
   if (copied != 0) throw std::runtime_error("the tree cannot be copied");
 }
 
-// A copy of the snapshot for one fault.
-class Copy {
+// The tree as somebody changed it: a layer over the layers below, the lowest of which is the snapshot.
+class Layer {
  public:
-  Copy(const Options& options, const fs::path& folder, unsigned worker)
-      : options_(options), snapshot_(folder / "snapshot"), folder_(folder / std::to_string(worker)) {
-    fs::create_directories(folder_);
+  Layer(const Options& options, const fs::path& folder, std::string below) : options_(options), folder_(folder), below_(std::move(below)) {
+    for (const auto* part : {"upper", "work"}) fs::create_directories(folder_ / part);
   }
-  [[nodiscard]] fs::path tree() const { return folder_ / "tree"; }
+  ~Layer() {
+    std::error_code ignored;
+    fs::permissions(folder_ / "work/work", fs::perms::owner_all, ignored);  // the kernel takes all rights from it
+    fs::remove_all(folder_, ignored);
+  }
+  Layer(const Layer&) = delete;
 
-  void renew() const {
-    fs::remove_all(tree());
-    if (run("cp -a " + quoted(snapshot_) + " " + quoted(tree())) != 0) throw std::runtime_error("the snapshot cannot be copied");
+  [[nodiscard]] std::string layers() const { return (folder_ / "upper").string() + ":" + below_; }
+  [[nodiscard]] fs::path log() const { return folder_ / "log"; }
+
+  void write(const std::string& file, const std::string& text) const {
+    const auto path = folder_ / "upper" / file;
+    fs::create_directories(path.parent_path());
+    const auto rights = fs::status(options_.source / file).permissions();
+    std::ofstream(path, std::ios::binary) << text;
+    fs::permissions(path, rights);
   }
 
-  // Runs a command with the copy in the tree's place; what it says goes to the log.
+  // Runs a command with the layers in the tree's place; what it says goes to the log.
   [[nodiscard]] int inside(const std::string& command) const {
-    const auto script = "mount --bind " + quoted(tree()) + " " + quoted(options_.source) + " && cd " + quoted(options_.source) + " && " + command;
+    const auto mount = "mount -t overlay faults -o userxattr," +
+                       quoted("lowerdir=" + below_ + ",upperdir=" + (folder_ / "upper").string() + ",workdir=" + (folder_ / "work").string());
+    // Root, whom nothing else holds off, shall not lose a device to a fault.
+    const std::string guard = geteuid() == 0 ? "mount --rbind /dev /dev && mount -o remount,bind,ro /dev && " : "";
+    const auto script = guard + mount + " " + quoted(options_.source) + " && cd " + quoted(options_.source) + " && " + command;
     return run("unshare -rm sh -c " + quoted(script) + " >" + quoted(log()) + " 2>&1 </dev/null");
   }
-  [[nodiscard]] fs::path log() const { return folder_ / "log"; }
 
  private:
   const Options& options_;
-  fs::path snapshot_, folder_;
+  fs::path folder_;
+  std::string below_;
 };
 
 // The first line of the log that the pattern finds, or the last one.
@@ -181,99 +210,114 @@ std::string line_with(const fs::path& log, const char* pattern) {
   return last;
 }
 
-// What caught it, or nothing.
-std::string caught_by(const Options& options, const Copy& copy, const std::string& targets, const std::string& tests) {
-  const auto build = quoted(options.build);
-  if (copy.inside("cmake --build " + build + " -j 1 --target " + targets) != 0)
-    return "the build: " + line_with(copy.log(), "error|refused|: .*:[0-9]+: |instead of|cannot");
-  if (copy.inside("ctest --test-dir " + build + " --no-tests=error --timeout 600 -LE faults -R " + quoted(tests)) != 0)
-    return line_with(copy.log(), R"(^\s+[0-9]+ - (\S+) \((?!Skipped))");
-  return "";
+std::string build_command(const Options& options, const std::string& targets) {
+  const auto jobs = std::max(1U, std::thread::hardware_concurrency() / options.jobs);
+  return "cmake --build " + quoted(options.build) + " -j " + std::to_string(jobs) + " --target " + targets;
 }
+
+std::string test_command(const Options& options, const std::string& tests) {
+  return "ctest --test-dir " + quoted(options.build) + " --no-tests=error --stop-on-failure --timeout 600 -LE faults -R " + quoted(tests);
+}
+
+std::string failed_test(const fs::path& log) { return line_with(log, R"(^\s+[0-9]+ - (\S+) \((?!Skipped))"); }
 
 struct Outcome {
   std::string kind, by;  // caught, survived, without effect
-  double seconds = 0;
 };
 
-void show(const std::string& text, std::size_t done, std::size_t all) {
-  static std::mutex mutex;
-  const std::lock_guard lock(mutex);
-  const std::size_t width = 30, filled = all == 0 ? width : width * done / all;
-  std::printf("[%s%s] %zu of %zu  %s\n", std::string(filled, '#').c_str(), std::string(width - filled, '.').c_str(), done, all, text.c_str());
-  std::fflush(stdout);
-}
-
-Outcome outcome_of(const Options& options, const Copy& copy, const Fault& fault) {
-  if (!fault.harmless.empty()) return {"without effect", fault.harmless, 0};
-  const auto start = std::chrono::steady_clock::now();
-  copy.renew();
-  for (const auto& edit : fault.edits) {
-    const auto text = planted(copy.tree(), fault, edit);  // which has the edits before it
-    std::ofstream(copy.tree() / edit.file, std::ios::binary) << text;
+// A line for each fault as it is done, behind a bar, and a table that is complete as far as the run has come.
+class Report {
+ public:
+  explicit Report(const fs::path& path) {
+    if (path.empty()) return;
+    out_.open(path);
+    out_ << "fault\twhat\toutcome\tby\tseconds" << std::endl;
   }
-  const auto by = caught_by(options, copy, fault.targets, fault.tests);
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-  return {by.empty() ? "survived" : "caught", by, taken.count()};
+  void add(const Fault& fault, const Outcome& outcome, std::chrono::duration<double> taken, std::size_t done, std::size_t all) {
+    const std::lock_guard lock(mutex_);
+    const std::size_t width = 30, filled = width * done / all;
+    std::printf("[%s%s] %zu of %zu  %s: %s%s%s, %.0f s\n", std::string(filled, '#').c_str(), std::string(width - filled, '.').c_str(), done, all,
+                fault.name.c_str(), outcome.kind.c_str(), outcome.by.empty() ? "" : ", ", outcome.by.c_str(), taken.count());
+    std::fflush(stdout);
+    out_ << fault.name << '\t' << fault.what << '\t' << outcome.kind << '\t' << outcome.by << '\t' << taken.count() << std::endl;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::ofstream out_;
+};
+
+Outcome outcome_of(const Options& options, const fs::path& snapshot, const Layer& layer, const Fault& fault) {
+  for (const auto& [file, text] : changed_files(snapshot, fault)) layer.write(file, text);
+  if (layer.inside(build_command(options, fault.targets)) != 0) {
+    const bool due = !fault.refused.empty() && std::regex_search(read(layer.log()), std::regex(fault.refused));
+    return due ? Outcome{"caught", "the build: " + line_with(layer.log(), fault.refused.c_str())}
+               : Outcome{"survived", "cannot be built: " + line_with(layer.log(), "error|refused|: .*:[0-9]+: |instead of|cannot|FAILED")};
+  }
+  if (fault.tests.empty() || layer.inside(test_command(options, fault.tests)) == 0) return {"survived", ""};
+  return {"caught", failed_test(layer.log())};
 }
 
-// Without a fault all the tests that are asked must pass, or nothing is shown.
-void check_without_fault(const Options& options, const fs::path& folder, const std::vector<Fault>& faults) {
-  std::set<std::string> targets, tests;
+// Without a fault all that is built is built and all the tests that are asked pass, or nothing is shown. A sample is taken
+// where all tests run anyway.
+void check_without_fault(const Options& options, const Layer& layer, const std::vector<Fault>& faults) {
+  std::set<std::string> all_targets, all_tests;
   for (const auto& fault : faults) {
-    if (!fault.harmless.empty()) continue;
-    targets.insert(fault.targets);
-    tests.insert(fault.tests);
+    if (!fault.targets.empty()) all_targets.insert(fault.targets);
+    if (!fault.tests.empty()) all_tests.insert(fault.tests);
   }
-  if (tests.empty()) return;
-  std::string all;
-  for (const auto& names : targets) all += " " + names;
-  const Copy copy(options, folder, 0);
-  copy.renew();
-  for (const auto& some : tests) {
-    const auto by = caught_by(options, copy, all, some);
-    if (by.empty()) continue;
-    std::cerr << read(copy.log());
-    throw std::runtime_error("without a fault: " + by);
-  }
+  std::string targets, tests;
+  for (const auto& some : all_targets) targets += " " + some;
+  for (const auto& some : all_tests) tests += (tests.empty() ? "" : "|") + some;
+  std::string wrong;
+  if (!targets.empty() && layer.inside(build_command(options, targets)) != 0) wrong = "it cannot be built";
+  else if (options.sample == 0 && layer.inside(test_command(options, tests)) != 0) wrong = failed_test(layer.log());
+  if (wrong.empty()) return;
+  std::cerr << read(layer.log());
+  throw std::runtime_error("without a fault: " + wrong);
+}
+
+std::string obstacle(const Options& options) {
+  if (fs::relative(options.build, options.source).begin()->string() == "..") return "it takes a build folder below the source";
+  if (run("unshare -rm true 2>/dev/null") != 0) return "it takes mount namespaces";
+  const Folder folder;
+  return Layer(options, folder.path(), options.source.string()).inside("true") == 0 ? "" : "it takes overlay mounts";
 }
 
 int run_all(const Options& options, const std::vector<Fault>& faults) {
-  if (run("unshare -rm true 2>/dev/null") != 0 || fs::relative(options.build, options.source).begin()->string() == "..") {
-    std::printf("skipped: it takes a mount namespace and a build folder below the source\n");
+  if (const auto reason = obstacle(options); !reason.empty()) {
+    std::printf("skipped: %s\n", reason.c_str());
     return 77;
   }
   const Folder folder;
-  take_snapshot(options, folder.path() / "snapshot");
-  check_without_fault(options, folder.path(), faults);
+  const auto snapshot = folder.path() / "snapshot";
+  take_snapshot(options, snapshot);
+  const Layer sound(options, folder.path() / "sound", snapshot.string());
+  check_without_fault(options, sound, faults);
+  Report report(options.report);
   std::vector<Outcome> outcomes(faults.size());
   std::atomic<std::size_t> next = 0, done = 0;
   const auto work = [&](unsigned worker) {
-    const Copy copy(options, folder.path(), worker);
     for (std::size_t i; (i = next++) < faults.size();) {
+      auto& outcome = outcomes[i];
+      const auto start = std::chrono::steady_clock::now();
       try {
-        outcomes[i] = outcome_of(options, copy, faults[i]);
+        const Layer layer(options, folder.path() / std::to_string(worker), sound.layers());
+        outcome = faults[i].harmless.empty() ? outcome_of(options, snapshot, layer, faults[i]) : Outcome{"without effect", faults[i].harmless};
       } catch (const std::exception& error) {
-        outcomes[i] = {"survived", std::string("could not be planted: ") + error.what(), 0};
+        outcome = {"survived", std::string("could not be planted: ") + error.what()};
       }
-      show(faults[i].name + ": " + outcomes[i].kind + (outcomes[i].by.empty() ? "" : ", " + outcomes[i].by), ++done, faults.size());
+      report.add(faults[i], outcome, std::chrono::steady_clock::now() - start, ++done, faults.size());
     }
   };
   std::vector<std::thread> workers;
   for (unsigned w = 1; w <= options.jobs; ++w) workers.emplace_back(work, w);
   for (auto& worker : workers) worker.join();
 
-  std::ostringstream report;
-  report << "fault\twhat\toutcome\tby\tseconds\n";
-  int caught = 0, survived = 0;
-  for (std::size_t i = 0; i < faults.size(); ++i) {
-    caught += outcomes[i].kind == "caught";
-    survived += outcomes[i].kind == "survived";
-    report << faults[i].name << '\t' << faults[i].what << '\t' << outcomes[i].kind << '\t' << outcomes[i].by << '\t' << outcomes[i].seconds << '\n';
-  }
-  if (!options.report.empty()) std::ofstream(options.report) << report.str();
-  std::printf("%zu faults planted: %d caught, %d survived, %zu argued to be without effect\n", faults.size(), caught, survived,
-              faults.size() - static_cast<std::size_t>(caught + survived));
+  const auto number = [&](const char* kind) { return std::ranges::count(outcomes, kind, &Outcome::kind); };
+  const auto survived = number("survived");
+  std::printf("%zu faults planted: %td caught, %td survived, %td argued to be without effect\n", faults.size(), number("caught"), survived,
+              number("without effect"));
   return survived == 0 ? 0 : 1;
 }
 
@@ -284,6 +328,7 @@ Options options_of(int argc, char** argv) {
     const std::string word = argv[i];
     const auto value = [&] { return i + 1 < argc ? std::string(argv[++i]) : throw std::runtime_error(word + " takes a value"); };
     if (word == "--check") options.check = true;
+    else if (word == "--slow") options.slow = true;
     else if (word == "--sample") options.sample = std::stoul(value());
     else if (word == "--seed") options.seed = static_cast<unsigned>(std::stoul(value()));
     else if (word == "--jobs") options.jobs = static_cast<unsigned>(std::stoul(value()));
@@ -320,7 +365,7 @@ int program(const Options& options) {
   std::printf("%zu faults can be planted, %zu cannot\n", faults.size(), bad);
   if (options.check) return bad == 0 ? 0 : 1;
   if (options.sample != 0) {
-    std::erase_if(faults, [](const Fault& fault) { return !fault.harmless.empty() || fault.slow; });
+    std::erase_if(faults, [&](const Fault& fault) { return !fault.harmless.empty() || fault.slow != options.slow; });
     std::shuffle(faults.begin(), faults.end(), std::mt19937(options.seed));
     faults.resize(std::min(options.sample, faults.size()));
     std::printf("a sample of %zu by seed %u\n", faults.size(), options.seed);

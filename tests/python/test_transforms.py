@@ -117,6 +117,7 @@ def test_precision_and_types():
     assert xfm.fft(np.ones(4, np.float16)).dtype == np.complex64
     assert xfm.rfft([1, 2, 3]).dtype == np.complex128
     close(xfm.fft(np.arange(8, dtype=">f4")), np.fft.fft(np.arange(8)), np.float32)
+    close(xfm.rfft(np.arange(8, dtype=">f8")), np.fft.rfft(np.arange(8)), np.float64)
     x = np.arange(8.0)
     xfm.fft(x, overwrite_x=True, workers=2)
     np.testing.assert_array_equal(x, np.arange(8.0))
@@ -172,6 +173,8 @@ def test_backend_answers_and_hands_back():
     with scipy.fft.set_backend(xfm):
         np.testing.assert_array_equal(scipy.fft.fft(z), xfm.fft(z))
         np.testing.assert_array_equal(scipy.fft.dct(z.real[:, :16], 4), xfm.dct(z.real[:, :16]))
+        parts = scipy.fft.dct(z[:, :16], 4)
+        close(parts.real, xfm.dct(z.real[:, :16], 4), np.float32)
         close(scipy.fft.fft(z, 100), np.fft.fft(z, 100), np.complex64)
         close(scipy.fft.dct(z.real, 2), scipy.fft.dct(z.real.astype(float), 2), np.float32)
     with scipy.fft.set_backend(xfm, only=True):

@@ -1,0 +1,17 @@
+# Given as CMAKE_PROJECT_Xfm_INCLUDE: address and undefined-behaviour sanitizers over all programs and their parts. What the
+# library is made of is compiled as ever.
+function(sanitize folder)
+  get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(target IN LISTS targets)
+    get_target_property(type ${target} TYPE)
+    if(type MATCHES "^(EXECUTABLE|STATIC_LIBRARY)$")
+      target_compile_options(${target} PRIVATE -O1 -g -D_GLIBCXX_ASSERTIONS -fsanitize=address,undefined -fno-sanitize-recover=all)
+      target_link_options(${target} PUBLIC -fsanitize=address,undefined)
+    endif()
+  endforeach()
+  get_property(folders DIRECTORY ${folder} PROPERTY SUBDIRECTORIES)
+  foreach(inner IN LISTS folders)
+    sanitize(${inner})
+  endforeach()
+endfunction()
+cmake_language(DEFER CALL sanitize ${CMAKE_CURRENT_SOURCE_DIR})
