@@ -1,6 +1,7 @@
 #include "dft/tables.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "flows/rows.h"
@@ -21,11 +22,11 @@ Flow flow_in(const TableRow& row) {
   row.fail("unknown flow '" + row["flow"] + "'");
 }
 
-// The blocks between which there are links.
-std::multiset<int> block_lengths(const Plan& plan) {
+// The blocks between which there are links, from the left.
+std::vector<int> block_lengths(const Plan& plan) {
   if (!plan.link()) return {plan.length};
-  std::multiset<int> lengths = block_lengths(plan.first());
-  lengths.merge(block_lengths(plan.second().in_real_rows()));
+  std::vector<int> lengths = block_lengths(plan.first());
+  std::ranges::copy(block_lengths(plan.second().in_real_rows()), std::back_inserter(lengths));
   return lengths;
 }
 

@@ -1,4 +1,4 @@
-/* The version record: constant, in the object from the build on. */
+/* The version record: a constant. */
 #include "xfm.h"
 
 static const XfmLibraryVersion s_libVer = {

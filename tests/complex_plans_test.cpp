@@ -72,6 +72,7 @@ TEST_F(ComplexPlans, BadCellsAreRefusedWithTheirLine) {
       {"9", kPlan, "rader", "expected '('"},
       {"3", kRuns, "2 pf", "expected a block"},
       {"12", kRuns, "(2 ct 2) pf 3", "plan and runs have different blocks"},
+      {"6", kRuns, "3 pf 2", "plan and runs have different blocks"},
       {"6", kFlow, "both", "unknown flow 'both'"},
       {"6", kFlow, "half-blocks", "has nothing to change"},
       {"7", kFlow, "half", "has nothing to change"},
