@@ -141,9 +141,9 @@ std::vector<Report> read_json_document(const std::string& path) {
 
 Results::Results(const Outputs& outputs) {
   if (!outputs.plot.empty()) format_ = tool::picture_format(outputs.plot);
-  if (!outputs.tsv.empty()) tsv_ = std::make_unique<tool::OutputFile>(outputs.tsv);
-  if (!outputs.json.empty()) json_ = std::make_unique<tool::OutputFile>(outputs.json);
-  if (!outputs.plot.empty()) plot_ = std::make_unique<tool::OutputFile>(outputs.plot);
+  if (!outputs.tsv.empty()) tsv_ = std::make_unique<OutputFile>(outputs.tsv);
+  if (!outputs.json.empty()) json_ = std::make_unique<OutputFile>(outputs.json);
+  if (!outputs.plot.empty()) plot_ = std::make_unique<OutputFile>(outputs.plot);
 }
 
 void Results::write(const std::vector<Report>& reports) {

@@ -11,8 +11,8 @@
 
 #include "bench/race.h"
 #include "bench/report.h"
+#include "generator/output.h"
 #include "tool/copies.h"
-#include "tool/output_file.h"
 #include "tool/picture.h"
 
 namespace xfm::bench {
@@ -43,7 +43,7 @@ struct Benchmark {
   bool round_trips = false;       // takes --round-trip
 };
 
-extern const Benchmark kComplex, kReal, kHartley, kDft, kHadamard, kDct4, kDct4Stages;
+extern const Benchmark kComplex, kReal, kHartley, kDft, kHadamard, kDct4, kDct4Stages, kCpp;
 
 // Where results go besides standard output.
 struct Outputs {
@@ -57,7 +57,7 @@ class Results {
   void write(const std::vector<Report>& reports);
 
  private:
-  std::unique_ptr<tool::OutputFile> tsv_, json_, plot_;
+  std::unique_ptr<OutputFile> tsv_, json_, plot_;
   tool::PictureFormat format_ = tool::PictureFormat::Svg;
 };
 

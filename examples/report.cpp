@@ -9,7 +9,7 @@
 #include "examples/compression.h"
 #include "examples/spectrogram.h"
 #include "examples/tones.h"
-#include "tool/output_file.h"
+#include "generator/output.h"
 
 namespace {
 
@@ -69,7 +69,7 @@ void print_tones(SoundFile& file) {
 
 void write_spectrogram(SoundFile& file, const std::string& path) {
   const xfm::tool::PictureFormat format = xfm::tool::picture_format(path);
-  xfm::tool::OutputFile output(path);
+  xfm::OutputFile output(path);
   output.write(draw_spectrogram(file, title_of(file), format));
   output.commit();
   std::printf("Spectrogram: %s\n", path.c_str());

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/output_file.h"
+#include "generator/output.h"
 
 struct sf_private_tag;  // libsndfile's SNDFILE
 
@@ -88,6 +88,6 @@ class SoundWriter {
   std::string path_;
   float factor_;
   std::vector<float> scaled_;
-  xfm::tool::OutputFile output_;
+  xfm::OutputFile output_;
   std::unique_ptr<sf_private_tag, SoundHandle> file_;
 };

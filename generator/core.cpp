@@ -31,7 +31,8 @@ Cost cost(Op op) {
     case Op::HighHalf: return {Shuffle, 3};
     case Op::Halves:
     case Op::Pick: return {Cross, 3};
-    case Op::Blend: return {Blend, 1};
+    case Op::Blend:
+    case Op::Flip: return {Logic, 1};
     case Op::LowHalf: return {None, 1};
     case Op::Constant:
     case Op::Scale:
@@ -48,7 +49,7 @@ unsigned ports(Op op) {
     case Work::Multiply: return core::kMultiplyPorts;
     case Work::Shuffle: return core::kShufflePorts;
     case Work::Cross: return core::kCrossPorts;
-    case Work::Blend: return core::kAnyPort;
+    case Work::Logic: return core::kAnyPort;
   }
   return 0;
 }
@@ -69,7 +70,7 @@ PortUse port_use(const Program& program) {
       case Work::Multiply: ++use.muls; break;
       case Work::Shuffle: ++use.shuffles; break;
       case Work::Cross: ++use.crossings; break;
-      case Work::Blend: ++use.others; break;
+      case Work::Logic: ++use.others; break;
       case Work::Load:
       case Work::None: break;
     }

@@ -14,7 +14,7 @@ enum class Work {
   Multiply,  // products, and sums made as such
   Shuffle,   // moves within 128-bit parts
   Cross,     // moves across them
-  Blend,     // picks lanes in place
+  Logic,     // picks lanes in place, changes signs
 };
 
 struct Cost {

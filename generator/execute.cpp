@@ -1,5 +1,7 @@
 #include "generator/execute.h"
 
+#include <cmath>
+
 #include "generator/check.h"
 
 namespace xfm {
@@ -151,6 +153,10 @@ class Execution {
       case Op::AddSub: {
         const Elements low = difference(i), high = sum(i);
         return filled(i.type, [&](int l) { return (l % 2 ? high : low)[l]; });
+      }
+      case Op::Flip: {
+        const Elements &a = operand(i.a, i.type), &signs = operand(i.b, i.type);
+        return filled(i.type, [&](int l) { return std::signbit(signs[l]) ? -a[l] : a[l]; });
       }
       case Op::SignedAdd: {
         const Elements plus = sum(i), minus = difference(i), &signs = operand(i.c, i.type);

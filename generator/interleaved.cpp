@@ -52,20 +52,23 @@ class InterleavedLowering {
   int zero() { return emit(Op::Zero, -1); }
   int exchanged(int v) { return emit(Op::Permute, v, -1, single_precision(type_) ? 0xB1 : type_ == Type::F64x4 ? 5 : 1); }
   int times_i(int v) {
-    std::vector<Real> signs;
-    for (int l = 0; l < g_.lanes(); ++l) signs.insert(signs.end(), {-1, 1});
-    return emit(Op::Mul, exchanged(v), p_.constant(type_, signs));
+    std::vector<bool> negative;
+    for (int l = 0; l < g_.lanes(); ++l) negative.insert(negative.end(), {true, false});
+    return p_.flip(type_, exchanged(v), negative);
   }
 
-  // Signs alternate within each complex value where the product also turns it: (-c, c).
-  int constant(const Coef& c, bool turning, bool negative) {
+  // Signs alternate within each complex value where the product also turns it: (-c, c). By 1 and -1 only signs change.
+  int times(const Coef& c, int value, bool turning, bool negative) {
     std::vector<Real> lanes;
     for (int l = 0; l < g_.lanes(); ++l) {
       const Real x = negative ? -c.lane(l) : c.lane(l);
       lanes.push_back(turning ? -x : x);
       lanes.push_back(x);
     }
-    return p_.constant(type_, lanes);
+    if (!std::ranges::all_of(lanes, is_unit)) return emit(Op::Mul, value, p_.constant(type_, lanes));
+    std::vector<bool> negatives;
+    for (const Real x : lanes) negatives.push_back(x < 0);
+    return p_.flip(type_, value, negatives);
   }
 
   int sum(const Node& n) {
@@ -82,8 +85,7 @@ class InterleavedLowering {
   // Turns by the constant, which has signs of its own anyway where it turns or differs from lane to lane.
   Summand product(const Coef& c, int value, int turn) {
     const bool turning = turn % 2 == 1, negative = turn >= 2, folded = turning || !c.uniform();
-    const int k = constant(c, turning, folded && negative);
-    return {emit(Op::Mul, turning ? exchanged(value) : value, k), negative && !folded ? 2 : 0};
+    return {times(c, turning ? exchanged(value) : value, turning, folded && negative), negative && !folded ? 2 : 0};
   }
 
   Summand added(Summand a, Summand b) {
@@ -120,8 +122,9 @@ class InterleavedLowering {
     std::vector<int> sums;
     std::vector<bool> negative;
     for (const LoadedSum& s : b) {
-      negative.push_back(b.size() == 2 && s.turn[0] == 2 && s.turn[1] == 2);
-      sums.push_back(negative.back() ? signed_sum(s) : turned_lanes(signed_sum(s), s.turn));
+      negative.push_back(b.size() == 2 && s.turn[0] >= 2 && (negative.empty() || !negative[0]));
+      const int opposite = negative.back() ? 2 : 0;
+      sums.push_back(turned_lanes(signed_sum(s), {(s.turn[0] + opposite) & 3, (s.turn[1] + opposite) & 3}));
     }
     if (sums.size() == 1) return sums[0];
     if (negative[0]) return emit(Op::Sub, sums[1], sums[0]);
@@ -136,16 +139,10 @@ class InterleavedLowering {
       value[k] = p_.emit({.op = Op::LoadDup, .type = type_, .cell = 2 * point.cell});
       negative[k] = point.subtracted[0] && point.subtracted[1];
       if (point.subtracted[0] != point.subtracted[1])
-        value[k] = with_signs(value[k], {point.subtracted[0], point.subtracted[0], point.subtracted[1], point.subtracted[1]});
+        value[k] = p_.flip(type_, value[k], {point.subtracted[0], point.subtracted[0], point.subtracted[1], point.subtracted[1]});
     }
     if (negative[0]) return emit(Op::Sub, value[1], value[0]);
     return emit(negative[1] ? Op::Sub : Op::Add, value[0], value[1]);
-  }
-
-  int with_signs(int value, std::initializer_list<bool> negative) {
-    std::vector<Real> signs;
-    for (bool n : negative) signs.push_back(n ? -1 : 1);
-    return emit(Op::Mul, value, p_.constant(type_, signs));
   }
 
   // Both complex values of a register turned, each by its own quarters.
@@ -154,7 +151,7 @@ class InterleavedLowering {
     if (low || high) value = emit(Op::Permute, value, -1, (low ? 0x1 : 0x4) | (high ? 0xB0 : 0xE0));
     if (turn[0] == 0 && turn[1] == 0) return value;
     const auto negative_re = [](int t) { return t == 1 || t == 2; };
-    return with_signs(value, {negative_re(turn[0]), turn[0] >= 2, negative_re(turn[1]), turn[1] >= 2});
+    return p_.flip(type_, value, {negative_re(turn[0]), turn[0] >= 2, negative_re(turn[1]), turn[1] >= 2});
   }
 
   int upright(Ref r) {

@@ -1,5 +1,7 @@
 #include "generator/lanes.h"
 
+#include <algorithm>
+
 #include "generator/check.h"
 #include "generator/passes.h"
 #include "generator/sums.h"
@@ -15,7 +17,8 @@ std::vector<int> live_nodes(const Graph& graph, std::span<const Point> outputs) 
 int negated(Program& program, int value) {
   const Inst inst = program.insts()[value];
   const bool product = inst.op == Op::Mul && program.insts()[inst.b].op == Op::Constant;
-  std::vector<Real> lanes = product ? program.lanes(program.insts()[inst.b]) : std::vector<Real>(width(inst.type), 1);
+  if (!product && width(inst.type) > 1) return program.flip(inst.type, value, std::vector<bool>(width(inst.type), true));
+  std::vector<Real> lanes = product ? program.lanes(program.insts()[inst.b]) : std::vector<Real>(1, 1);
   for (Real& x : lanes) x = -x;
   const int minus = program.constant(inst.type, std::move(lanes));
   return program.emit({.op = Op::Mul, .type = inst.type, .a = product ? inst.a : value, .b = minus});
@@ -42,19 +45,16 @@ Program pruned(const Program& program) {
 }
 
 int blended(Program& program, const std::vector<int>& values, int lanes) {
-  int sum = -1;
-  for (const int v : values) {
-    if (v < 0 || v == sum) continue;
-    if (sum < 0) {
-      sum = v;
-      continue;
-    }
+  int all = -1;
+  for (size_t first = 0; first < values.size(); ++first) {
+    const int v = values[first];
+    if (v < 0 || std::find(values.begin(), values.begin() + first, v) != values.begin() + first) continue;
     int mask = 0;
-    for (size_t l = 0; l < values.size(); ++l)
+    for (size_t l = first; l < values.size(); ++l)
       if (values[l] == v) mask |= ((1 << lanes) - 1) << (lanes * l);
-    sum = program.emit({.op = Op::Blend, .type = program.type(v), .a = sum, .b = v, .imm = mask});
+    all = all < 0 ? v : program.emit({.op = Op::Blend, .type = program.type(v), .a = all, .b = v, .imm = mask});
   }
-  return sum;
+  return all;
 }
 
 namespace {

@@ -1,6 +1,9 @@
 #include "generator/machine.h"
 
+#include <quadmath.h>
+
 #include <algorithm>
+#include <functional>
 
 #include "generator/check.h"
 
@@ -63,11 +66,26 @@ int Program::emit(const Inst& inst) {
 int Program::constant(Type type, std::vector<Real> lanes) {
   check(static_cast<int>(lanes.size()) == width(type), "a constant fills its register");
   std::pair<int, std::vector<__int128>> key{static_cast<int>(type), {}};
-  for (Real x : lanes) key.second.push_back(static_cast<__int128>(x * Real(1ull << 50) * Real(1ull << 50)));
+  constexpr __int128 kNegativeZero = static_cast<__int128>(1) << 120;  // beyond any other
+  for (Real x : lanes)
+    key.second.push_back(x == 0 && signbitq(x) ? kNegativeZero : static_cast<__int128>(x * Real(1ull << 50) * Real(1ull << 50)));
   const auto of_type = std::count_if(pool_.begin(), pool_.end(), [&](const PoolEntry& e) { return e.type == type; });
   const auto [place, fresh] = pooled_.try_emplace(std::move(key), static_cast<int>(of_type));
   if (fresh) pool_.push_back({type, std::move(lanes)});
   return emit({.op = Op::Constant, .type = type, .imm = place->second});
+}
+
+int Program::flip(Type type, int a, const std::vector<bool>& negative) {
+  std::vector<bool> flipped = negative;
+  if (const Inst inner = insts_[a]; inner.op == Op::Flip) {
+    const std::vector<Real>& before = lanes(insts_[inner.b]);
+    for (size_t l = 0; l < flipped.size(); ++l) flipped[l] = negative[l] != static_cast<bool>(signbitq(before[l]));
+    a = inner.a;
+  }
+  if (std::ranges::none_of(flipped, std::identity())) return a;
+  std::vector<Real> signs;
+  for (const bool n : flipped) signs.push_back(n ? -Real(0) : Real(0));
+  return emit({.op = Op::Flip, .type = type, .a = a, .b = constant(type, std::move(signs))});
 }
 
 int Program::pick(Type type, int a, int b, std::vector<int> pattern) {

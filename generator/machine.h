@@ -38,6 +38,7 @@ enum class Op {
   Zero,
   Add, Sub, Mul,
   AddSub,     // lanes a - b, a + b alternating (128, 256 bits)
+  Flip,       // a with the other sign in the lanes where the constant b is -0; b is +0 in the rest
   SignedAdd,  // a + b * c with one rounding, where the constant c is 1 or -1 in every lane: a + b or a - b by lane
   Shuffle,    // imm picks from a for the low and from b for the high part of each 128-bit lane
   UnpackLow, UnpackHigh,
@@ -89,6 +90,8 @@ class Program {
   // What is emitted from now on carries this label, numbered.
   void set_label(Label label) { label_ = std::move(label), step_ = 0; }
   int constant(Type type, std::vector<Real> lanes);
+  // Lane by lane a or -a.
+  int flip(Type type, int a, const std::vector<bool>& negative);
   // Lanes of a, and of b if it is given, in another order.
   int pick(Type type, int a, int b, std::vector<int> pattern);
   // Lane by lane a + b where the sign is 1, a - b where it is -1.

@@ -25,19 +25,31 @@ std::vector<int> live_nodes(const Graph& g, std::span<const Ref> outputs) {
   return live;
 }
 
+namespace {
+
+// Distinct products; `of` names the value that is multiplied.
+template <class Of>
+int distinct_products(const Graph& g, std::span<const Ref> outputs, Of of) {
+  std::vector<std::pair<int, std::vector<__int128>>> products;
+  for (int i : live_nodes(g, outputs))
+    for (const Term& t : g[i].terms)
+      if (!t.coef.unit()) products.emplace_back(of(t.ref), t.coef.digits());
+  std::sort(products.begin(), products.end());
+  return static_cast<int>(std::unique(products.begin(), products.end()) - products.begin());
+}
+
+}  // namespace
+
 Counts count(const Graph& g, std::span<const Ref> outputs) {
   Counts c;
-  std::vector<std::pair<int, std::vector<__int128>>> products;
-  for (int i : live_nodes(g, outputs)) {
-    const Node& n = g[i];
-    if (n.kind != Node::Kind::Sum) continue;
-    c.additions += static_cast<int>(n.terms.size()) - 1;
-    for (const Term& t : n.terms)
-      if (!t.coef.unit()) products.emplace_back(t.ref.node, t.coef.digits());
-  }
-  std::sort(products.begin(), products.end());
-  c.multiplications = static_cast<int>(std::unique(products.begin(), products.end()) - products.begin());
+  for (int i : live_nodes(g, outputs))
+    if (g[i].kind == Node::Kind::Sum) c.additions += static_cast<int>(g[i].terms.size()) - 1;
+  c.multiplications = distinct_products(g, outputs, [](Ref r) { return r.node; });
   return c;
+}
+
+int products_with_turns(const Graph& g, std::span<const Ref> outputs) {
+  return distinct_products(g, outputs, [](Ref r) { return 2 * r.node + r.turn % 2; });
 }
 
 std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,

@@ -19,6 +19,8 @@ struct Counts {
 std::vector<int> live_nodes(const Graph& g, std::span<const Ref> outputs);
 
 Counts count(const Graph& g, std::span<const Ref> outputs);
+// The same products, but c times a value and c times its quarter turn are two: so many stand in registers of complex values.
+int products_with_turns(const Graph& g, std::span<const Ref> outputs);
 
 // Runs the transposed network of `outputs` in `target`: sums become fan-outs and the reverse, constants stay. `feed`
 // holds a value of `target` for each output; the result has one for each of `inputs`, nodes of g that end the network.

@@ -217,6 +217,7 @@ class BodyWriter {
       case Op::Sub: return arithmetic(i, "-", "sub");
       case Op::Mul: return arithmetic(i, "*", "mul");
       case Op::AddSub: return call(i, "addsub");
+      case Op::Flip: return call(i, "xor");
       case Op::SignedAdd: return signed_sum(i);
       case Op::Shuffle: return call(i, "shuffle", imm);
       case Op::UnpackLow: return call(i, "unpacklo");

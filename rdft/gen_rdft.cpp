@@ -16,26 +16,10 @@
 #include "rdft/lower.h"
 #include "rdft/packing.h"
 #include "rdft/rows.h"
+#include "rdft/transforms.h"
 
 namespace xfm::rdft {
 namespace {
-
-struct Transform {
-  std::string unit;  // without the type
-  std::string name;  // of the functions, without length and type
-  Family family;
-  Layout source, target;
-};
-
-const std::vector<Transform> kTransforms = {
-    {"pgenrdftfwdccs", "xfmgDFTFwd_RToCCS", Family::Forward, Layout::Samples, Layout::Ccs},
-    {"pgenrdftfwdpack", "xfmgDFTFwd_RToPack", Family::Forward, Layout::Samples, Layout::Pack},
-    {"pgenrdftfwdperm", "xfmgDFTFwd_RToPerm", Family::Forward, Layout::Samples, Layout::Perm},
-    {"pgenrdftinvccs", "xfmgDFTInv_CCSToR", Family::Inverse, Layout::Ccs, Layout::Samples},
-    {"pgenrdftinvpack", "xfmgDFTInv_PackToR", Family::Inverse, Layout::Pack, Layout::Samples},
-    {"pgenrdftinvperm", "xfmgDFTInv_PermToR", Family::Inverse, Layout::Perm, Layout::Samples},
-    {"pgenhartley", "xfmgHartley", Family::Hartley, Layout::Samples, Layout::Samples},
-};
 
 const std::map<std::string, Precision> kTypes = {{"32f", Precision::Single}, {"64f", Precision::Double}};
 
@@ -73,7 +57,7 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
 
 std::string forms_text(const std::string& plans, const pack::Forms& forms) {
   std::string text = "name\tform\tadditions\tmultiplications\tconversions\tmoves\tblends\tloads\tstores\testimate\tscalar estimate\n";
-  for (const Transform& t : kTransforms)
+  for (const Transform& t : transforms())
     for (const Row& row : read_rows(plans, t.family))
       for (const auto& [type, precision] : kTypes) {
         const Program scalar = program_of(t, row, precision);
@@ -93,7 +77,7 @@ std::string counts_text(const Transform& first, const std::string& plans) {
       "name\tadditions\tmultiplications\tdoublings\tfolded doublings\tnon-root\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\t"
       "vmulsd\tvcvtss2sd\tvcvtsd2ss\tsrc_loads\tdst_stores\n";
   const std::vector<Row> rows = read_rows(plans, first.family);
-  for (const Transform& t : kTransforms) {
+  for (const Transform& t : transforms()) {
     if (t.family != first.family) continue;
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : rows) {
@@ -114,7 +98,7 @@ std::string counts_text(const Transform& first, const std::string& plans) {
 // The additions and multiplications of every body as the target has it, each of as many lanes as there are.
 std::string instructions_text(const std::string& plans, const pack::Forms& forms) {
   std::string text = "name\tadds\tmuls\n";
-  for (const Transform& t : kTransforms)
+  for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : read_rows(plans, t.family)) {
         const pack::Arithmetic made = pack::arithmetic(form_of(t, row, type, forms).program);
@@ -126,10 +110,10 @@ std::string instructions_text(const std::string& plans, const pack::Forms& forms
 std::string text_of(const std::string& what, const std::string& plans, const pack::Forms& forms) {
   if (what == "forms") return forms_text(plans, forms);
   if (what == "instructions") return instructions_text(plans, forms);
-  if (what == "counts-forward") return counts_text(kTransforms[0], plans);
-  if (what == "counts-inverse") return counts_text(kTransforms[3], plans);
-  if (what == "counts-hartley") return counts_text(kTransforms[6], plans);
-  for (const Transform& t : kTransforms)
+  if (what == "counts-forward") return counts_text(transforms()[0], plans);
+  if (what == "counts-inverse") return counts_text(transforms()[3], plans);
+  if (what == "counts-hartley") return counts_text(transforms()[6], plans);
+  for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
       if (what == t.unit + type) return unit_text(t, type, plans, forms);
   throw InputError("no unit or report is named " + what);

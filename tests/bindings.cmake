@@ -1,7 +1,7 @@
 # The bindings: C++ against C, with the machine code of both; Fortran where there is a compiler.
 xfm_add_test(cpp_test LABEL bindings SOURCES cpp_test.cpp LIBRARIES xfmgene9 xfmcorex64)
 xfm_add_script_test(cpp_costs_nothing bindings ${CMAKE_CURRENT_SOURCE_DIR}/cpp_cost_test.sh ${CMAKE_CXX_COMPILER}
-  ${CMAKE_CURRENT_SOURCE_DIR}/cpp_cost.cpp ${PROJECT_BINARY_DIR}/include)
+  ${PROJECT_SOURCE_DIR}/bench/cpp_calls.cpp ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/include)
 
 include(CheckLanguage)
 check_language(Fortran)

@@ -6,12 +6,6 @@ foreach(test complex_values_test complex_memory_test)
   target_compile_options(${test} PRIVATE -O2 -ffp-contract=off)
 endforeach()
 
-# The same against the graphs of the generator.
-xfm_add_test(complex_bits_test LABEL complex SOURCES complex_bits_test.cpp LIBRARIES xfm_complex_flows xfmgene9 xfmcorex64 dl)
-target_link_options(complex_bits_test PRIVATE -Wl,--no-as-needed)
-target_compile_options(complex_bits_test PRIVATE -O2 -ffp-contract=off -Wno-restrict)
-target_compile_definitions(complex_bits_test PRIVATE XFM_PLANS="${PROJECT_SOURCE_DIR}/plans")
-
 # Planted faults: each test named here must fail when a kernel is replaced by a faulty stand-in, and pass without.
 add_library(complex_faults SHARED complex_faults.cpp)
 target_link_libraries(complex_faults PRIVATE dl)
@@ -24,7 +18,6 @@ function(complex_fault fault program filter)
     -DFILTER=All/${filter} -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/fault_seen.cmake)
 endfunction()
 complex_fault(constant complex_values_test ComplexValues.FollowTheDefinition/DFTFwd_CToC_64fc)
-complex_fault(constant complex_bits_test ComplexBits.AreThoseOfTheGraph/DFTFwd_CToC_64fc)
 complex_fault(two-roundings-more complex_values_test ComplexValues.FollowTheDefinition/DFTInv_CToC_32fc)
 complex_fault(bins-exchanged complex_values_test ComplexValues.ConstantAndImpulses/DFTFwd_CToC_32fc)
 complex_fault(scales-first complex_values_test ComplexValues.FlagsMultiplyTheLastValueByTheirLiteral/DFTFwd_CToC_64fc)

@@ -1,40 +1,27 @@
-// Lowered programs without a compiler: every working form of every complex length against the formula, and what the
-// library's kernels give against their programs, bit for bit.
-#include <dlfcn.h>
+// Lowered programs without a compiler: every working form of every complex length, and the scalar programs of the real
+// transforms, give the bits that their graphs say.
 #include <gtest/gtest.h>
-
-#include <bit>
 
 #include "dft/kernels.h"
 #include "generator/check.h"
 #include "generator/execute.h"
+#include "generator/interpret.h"
+#include "rdft/interpret.h"
 #include "rdft/lower.h"
 #include "rdft/rows.h"
-#include "tests/graph_values.h"
-#include "xfm.h"
+#include "rdft/transforms.h"
+#include "tests/kernel_values.h"
+#include "tests/live_lanes.h"
 
 namespace {
 
 using namespace xfm;
 using namespace xfm::dft;
+using namespace kernel_values;
 
 const ComplexTables& tables() {
   static const ComplexTables read = ComplexTables::read(XFM_PLANS);
   return read;
-}
-
-std::vector<graph_values::Value> complex_values(const Elements& x) {
-  std::vector<graph_values::Value> out;
-  for (size_t k = 0; k < x.size(); k += 2) out.emplace_back(x[k], x[k + 1]);
-  return out;
-}
-
-// Values that a single can have; every seventh one is a zero, of either sign.
-Elements some_values(int n) {
-  std::mt19937 engine(n);
-  Elements out(n);
-  for (int i = 0; i < n; ++i) out[i] = i % 7 == 3 ? (i % 2 ? -0.0 : 0.0) : static_cast<float>(engine() / 2147483648.0 - 1);
-  return out;
 }
 
 Elements executed(const Program& program, const Elements& source, size_t length, double scale) {
@@ -43,69 +30,90 @@ Elements executed(const Program& program, const Elements& source, size_t length,
   return targets[0];
 }
 
-TEST(GeneratorLowering, EveryFormOfEveryLengthIsTheTransform) {
-  int split = 0;
-  for (const int precision : {32, 64})
-    for (int n = 2; n <= 64; ++n)
-      for (const int sign : {-1, +1})
-        for (const WorkingForm* form : tables().row(precision, n).forms) {
-          const ComplexBody body = complex_body(tables().row(precision, n), sign, {.form = form->name});
-          ASSERT_EQ(body.form, form);
-          split += form->name == "split";
-          const Elements x = some_values(2 * n), y = executed(body.program, x, 2 * n, 1);
-          const long double off = graph_values::deviation(complex_values(y), graph_values::definition(complex_values(x), sign));
-          EXPECT_LT(off, precision == 32 ? 4e-7L : 8e-16L) << precision << " bits, N = " << n << ", " << describe(body);
-        }
-  EXPECT_EQ(split, 2 * (62 - 3 - 4)) << "single lengths but the smallest and those of 256 bits, both ways";
+// A program against what the graph says, for all kinds of data; `definition` takes the source and the scale.
+template <class T, class Definition>
+void expect_bits(const Program& program, size_t count, const Definition& definition, const std::string& what) {
+  std::mt19937 engine(static_cast<unsigned>(count));
+  for (const Data data : kData) {
+    const std::vector<T> source = values_of<T>(data, count, engine);
+    const T scale = data == Data::Plain ? T(1) / 3 : T(1);
+    const std::vector<T> expected = definition(source, scale);
+    const Elements got = executed(program, Elements(source.begin(), source.end()), expected.size(), scale);
+    const size_t at = difference(got, expected);
+    ASSERT_EQ(at, expected.size()) << what << ", data " << static_cast<int>(data) << ": the graph gives " << std::hexfloat << expected[at]
+                                   << ", the program " << got[at];
+  }
 }
 
-// A kernel of the library on the same values; `Real` is the precision.
-template <class Real>
-Elements called(const std::string& name, const Elements& source, size_t length) {
-  const auto kernel = reinterpret_cast<XfmStatus (*)(const void*, void*, int)>(dlsym(RTLD_DEFAULT, name.c_str()));
-  check(kernel != nullptr, name + " is found");
-  const std::vector<Real> x(source.begin(), source.end());
-  std::vector<Real> y(length);
-  EXPECT_EQ(kernel(x.data(), y.data(), xfmScaleBySqrtN), xfmStatusOk) << name;
-  return {y.begin(), y.end()};
+template <class T>
+void expect_bits_of_complex_forms(const ComplexRow& row, int sign) {
+  const int n = row.plan.plan.length;
+  const LanedTransform graph = laned_transform(row.plan, sign, 1, Placement::Nested);
+  const auto definition = [&](const std::vector<T>& source, T scale) {
+    std::vector<std::complex<T>> x;
+    for (int i = 0; i < n; ++i) x.emplace_back(source[2 * i], source[2 * i + 1]);
+    std::vector<T> y;
+    for (const auto& v : Interpreter<T>(graph.graph, row.widens_products()).run(graph.outputs, x, scale)) y.insert(y.end(), {v.real(), v.imag()});
+    return y;
+  };
+  for (const WorkingForm* form : row.forms) {
+    const ComplexBody body = complex_body(row, sign, {.form = form->name});
+    ASSERT_EQ(body.form, form);
+    expect_bits<T>(body.program, 2 * n, definition, row.where + ", " + describe(body));
+  }
 }
 
-void expect_same_bits(const std::string& name, int n, bool single, const Program& program, const Elements& x, size_t length) {
-  const Real root = 1 / square_root(Real(n));
-  const double scale = single ? static_cast<double>(static_cast<float>(root)) : static_cast<double>(root);
-  const Elements expected = executed(program, x, length, scale);
-  const Elements got = single ? called<float>(name, x, length) : called<double>(name, x, length);
-  for (size_t k = 0; k < length; ++k)
-    EXPECT_EQ(std::bit_cast<uint64_t>(got[k]), std::bit_cast<uint64_t>(expected[k])) << name << ", element " << k;
+TEST(GeneratorLowering, EveryFormOfEveryComplexLengthHasTheBitsOfTheGraph) {
+  size_t forms = 0;
+  for (const auto& [of, row] : tables().rows) {
+    forms += row.forms.size();
+    for (const int sign : {-1, +1})
+      of.first == 32 ? expect_bits_of_complex_forms<float>(row, sign) : expect_bits_of_complex_forms<double>(row, sign);
+  }
+  EXPECT_EQ(forms, 63u + 63 + (63 - 4 - 4)) << "two of single lengths but the smallest and those of 256 bits";
 }
 
-TEST(GeneratorLowering, ComplexKernelsDoWhatTheirProgramsDo) {
-  for (const int precision : {32, 64})
-    for (int n = 2; n <= 64; ++n)
-      for (const int sign : {-1, +1}) {
-        const std::string name = std::string(sign < 0 ? "xfmgDFTFwd" : "xfmgDFTInv") + "_CToC_" + std::to_string(n) + "_" +
-                                 std::to_string(precision) + "fc";
-        expect_same_bits(name, n, precision == 32, complex_body(tables().row(precision, n), sign).program, some_values(2 * n), 2 * n);
-      }
+// Lane by lane a program does what its row states, and the products with the scale, whatever the register: nothing is done twice,
+// and what a lane does beside others keeps its value.
+TEST(GeneratorLowering, ComplexProgramsDoTheOperationsOfTheirRows) {
+  for (const auto& [of, row] : tables().rows)
+    for (const int sign : {-1, +1}) {
+      const ComplexBody body = complex_body(row, sign);
+      const test::LaneCounts counts = test::LiveLanes(body.program).counts();
+      EXPECT_EQ(counts.sums, row.built.additions) << row.where << ", " << describe(body);
+      EXPECT_EQ(counts.products - counts.opposite, row.built.multiplications + 2 * row.plan.plan.length) << row.where << ", " << describe(body);
+    }
 }
 
-TEST(GeneratorLowering, RealKernelsDoWhatTheirProgramsDo) {
+// The gate between a flow's costs and its program speaks of each of them.
+TEST(GeneratorLowering, ProgramsThatDoNotDoWhatTheirFlowCostsAreRefused) {
   using namespace rdft;
-  const struct {
-    const char* name;
-    Family family;
-    Layout source, target;
-  } transforms[] = {{"xfmgDFTFwd_RToPack_", Family::Forward, Layout::Samples, Layout::Pack},
-                    {"xfmgDFTInv_CCSToR_", Family::Inverse, Layout::Ccs, Layout::Samples},
-                    {"xfmgHartley_", Family::Hartley, Layout::Samples, Layout::Samples}};
-  for (const auto& t : transforms)
-    for (const Row& row : read_rows(XFM_PLANS, t.family))
-      for (const Precision precision : {Precision::Single, Precision::Double}) {
-        const bool single = precision == Precision::Single;
-        const int n = row.length, cells = t.source == Layout::Ccs ? 2 * (n / 2 + 1) : n;
-        expect_same_bits(t.name + std::to_string(n) + (single ? "_32f" : "_64f"), n, single,
-                         lower(row.flow, t.source, t.target, precision), some_values(cells), n);
-      }
+  using C = FlowCounts;
+  const Row row = read_rows(XFM_PLANS, Family::Forward)[13];  // 15 points: it has all but doublings
+  const Program program = lower(row.flow, Layout::Samples, Layout::Pack, Precision::Single);
+  EXPECT_NO_THROW(check_lowered(program, row.flow, row.counts, Precision::Single));
+  for (int C::*const count : {&C::single_additions, &C::double_additions, &C::multiplications, &C::doublings, &C::widenings,
+                              &C::inner_narrowings}) {
+    C other = row.counts;
+    ++(other.*count);
+    EXPECT_THROW(check_lowered(program, row.flow, other, Precision::Single), InternalError);
+  }
+}
+
+TEST(GeneratorLowering, RealProgramsHaveTheBitsOfTheFlow) {
+  using namespace rdft;
+  for (const char* name : {"xfmgDFTFwd_RToPack", "xfmgDFTInv_CCSToR", "xfmgHartley"}) {
+    const Transform& t = transform_of(name);
+    for (const Row& row : read_rows(XFM_PLANS, t.family)) {
+      const auto check_in = [&]<class T>(T, Precision precision) {
+        const auto definition = [&](const std::vector<T>& x, T scale) { return FlowInterpreter<T>(row.flow).run(x, t.source, t.target, scale); };
+        expect_bits<T>(lower(row.flow, t.source, t.target, precision), row.length + zero_positions(t.source, row.length).size(), definition,
+                       table_name(t.family) + ", N = " + std::to_string(row.length));
+      };
+      check_in(float(), Precision::Single);
+      check_in(double(), Precision::Double);
+    }
+  }
 }
 
 TEST(GeneratorLowering, AccessesOutsideTheArraysAreSeen) {

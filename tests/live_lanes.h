@@ -1,6 +1,9 @@
-// Additions and multiplications of a program, lane by lane, as far as a store is reached from them.
+// Additions and multiplications of a program, lane by lane, as far as a store is reached from them. Lanes that are
+// multiplied by 1 or -1 beside others count apart, and of products those of which the negative is there already.
 #pragma once
 
+#include <set>
+#include <tuple>
 #include <vector>
 
 #include "generator/execute.h"
@@ -9,7 +12,8 @@ namespace xfm::test {
 
 struct LaneCounts {
   int sums = 0, products = 0;
-  friend bool operator==(const LaneCounts&, const LaneCounts&) = default;
+  int kept = 0, opposite = 0;  // opposite ones are products, too
+  friend bool operator==(const LaneCounts& a, const LaneCounts& b) { return a.sums == b.sums && a.products == b.products; }
 };
 
 class LiveLanes {
@@ -43,7 +47,7 @@ class LiveLanes {
     for (size_t l = 0; l < live_[i].size(); ++l) {
       if (!live_[i][l]) continue;
       counts_.sums += sum;
-      counts_.products += inst.op == Op::Mul;
+      if (inst.op == Op::Mul) count_product(inst, l);
       if (from.empty()) {
         for (const int operand : {inst.a, inst.b})
           if (operand >= 0) live_[operand][l] = true;
@@ -53,6 +57,21 @@ class LiveLanes {
         live_[inst.a][from[l]] = true;
       }
     }
+  }
+
+  void count_product(const Inst& product, size_t lane) {
+    const bool first = program_.insts()[product.a].op == Op::Constant;
+    const Inst& factor = program_.insts()[first ? product.a : product.b];
+    const Real c = factor.op == Op::Constant ? program_.lanes(factor)[lane] : Real(0);
+    if (is_unit(c)) {
+      ++counts_.kept;
+      return;
+    }
+    ++counts_.products;
+    if (c == 0) return;
+    const auto key = [&](Real x) { return std::tuple(first ? product.b : product.a, lane, static_cast<double>(x)); };
+    counts_.opposite += constants_.contains(key(-c));
+    constants_.insert(key(c));
   }
 
   // Which lane of which operand each lane of a move is, as the interpreter does it with numbered lanes; -1 from memory.
@@ -78,6 +97,7 @@ class LiveLanes {
   const Program& program_;
   std::vector<std::vector<char>> live_;
   LaneCounts counts_;
+  std::set<std::tuple<int, size_t, double>> constants_;  // of products: what is multiplied, in which lane, by what
 };
 
 }  // namespace xfm::test

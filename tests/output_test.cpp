@@ -60,11 +60,14 @@ TEST_F(Output, ReplacesARegularFileAndKeepsALink) {
   EXPECT_EQ(names(), (std::set<std::string>{"a", "link", "dangling", "nothing"}));
 }
 
-TEST_F(Output, HasTheRightsThatTheProcessGives) {
+TEST_F(Output, HasTheRightsThatTheProcessGivesOrTheFileHad) {
   const mode_t before = umask(027);
   xfm::write_file(path("a"), "text");
   umask(before);
   EXPECT_EQ(fs::status(path("a")).permissions(), fs::perms(0640));
+  fs::permissions(path("a"), fs::perms(0604));
+  xfm::write_file(path("a"), "new");
+  EXPECT_EQ(fs::status(path("a")).permissions(), fs::perms(0604));
 }
 
 TEST_F(Output, WritesToADeviceAndLeavesItOne) {
@@ -76,9 +79,12 @@ TEST_F(Output, WritesToADeviceAndLeavesItOne) {
   EXPECT_TRUE(fs::is_character_file(path("null")));
   EXPECT_NE(reason(path("full"), "text").find("full: cannot be written: No space left on device"), std::string::npos);
   EXPECT_TRUE(fs::is_character_file(path("full")));
+}
+
+TEST_F(Output, WritesToAPipeAndLeavesItOne) {
   ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
   const pid_t reader = fork();
-  if (reader == 0) _exit(content(path("pipe")) == "text" ? 0 : 1);
+  if (reader == 0) alarm(20), _exit(content(path("pipe")) == "text" ? 0 : 1);
   xfm::write_file(path("pipe"), "text");
   int status = -1;
   waitpid(reader, &status, 0);

@@ -20,7 +20,7 @@ foreach(target IN LISTS XFM_TARGETS)
     glibc-hwcaps/${level} ${pin} $<TARGET_FILE:which_copy>)
   xfm_add_level_test(same_bits_${target} ${level} $<TARGET_FILE:compare_libraries> $<TARGET_FILE:xfmgene9>
     $<TARGET_FILE:xfmgene9_${target}>)
-  foreach(program complex_memory_test real_memory_test wht_kernels_test convention_test numerics_test)
+  foreach(program complex_memory_test real_memory_test wht_kernels_test kernel_bits_test convention_test numerics_test)
     if(TARGET ${program})
       xfm_add_level_test(${program}_${target} ${level} ${CMAKE_COMMAND} -E env ${pin} $<TARGET_FILE:${program}>)
     endif()

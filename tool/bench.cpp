@@ -3,6 +3,7 @@
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
 #include <memory>
+#include <span>
 
 #include "bench/benchmark.h"
 #include "tool/commands.h"
@@ -14,14 +15,15 @@ namespace {
 
 using namespace bench;
 
-const Benchmark* const kFamilies[] = {&kComplex, &kReal, &kHartley, &kHadamard, &kDct4};
+const Benchmark* const kBenchmarks[] = {&kComplex, &kReal, &kHartley, &kHadamard, &kDct4, &kDct4Stages, &kCpp};
+const std::span<const Benchmark* const> kFamilies(kBenchmarks, 5);  // those of transforms
 
 struct Settings {
   Outputs outputs;
   std::vector<std::string> from;
   Options all;
   int rounds = 0;
-  std::vector<Options> one = std::vector<Options>(std::size(kFamilies));
+  std::vector<Options> one = std::vector<Options>(std::size(kBenchmarks));
 };
 
 void run_all(const Settings& settings) {
@@ -48,7 +50,7 @@ void run_all(const Settings& settings) {
 void add_bench(CLI::App& app) {
   CLI::App* const bench = app.add_subcommand("bench", "Times the transforms beside FFTW, if that is installed");
   const auto settings = std::make_shared<Settings>();
-  bench->footer("Without a family all are timed, by their own settings; FAMILY --help tells these.\n"
+  bench->footer("Without a family all transforms are timed, by their own settings; FAMILY --help tells these.\n"
                 "Figures of one run compare; those of different runs do only on a quiet machine.");
   bench->require_subcommand(0, 1);
   add_options(*bench, settings->outputs);
@@ -58,14 +60,14 @@ void add_bench(CLI::App& app) {
   bench->add_flag("--copies", settings->all.copies, "the other copies of the library, too, as far as this processor runs them");
   bench->add_option("--rivals", settings->all.rivals, "plans of FFTW: all (MEASURE and PATIENT), measure or none")
       ->check(CLI::IsMember({"all", "measure", "none"}))->capture_default_str();
-  for (size_t i = 0; i < std::size(kFamilies); ++i) {
-    CLI::App* const family = bench->add_subcommand(kFamilies[i]->name, kFamilies[i]->help);
-    add_options(*family, *kFamilies[i], settings->one[i]);
+  for (size_t i = 0; i < std::size(kBenchmarks); ++i) {
+    CLI::App* const family = bench->add_subcommand(kBenchmarks[i]->name, kBenchmarks[i]->help);
+    add_options(*family, *kBenchmarks[i], settings->one[i]);
     add_options(*family, settings->outputs);
     family->callback([settings, i] {
       require_avx();
       Results results(settings->outputs);
-      results.write(kFamilies[i]->run(settings->one[i]));
+      results.write(kBenchmarks[i]->run(settings->one[i]));
     });
   }
   bench->callback([settings, bench] {

@@ -29,6 +29,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <mutex>
 #include <random>
 #include <regex>
@@ -100,9 +101,9 @@ std::vector<Fault> read_faults(const fs::path& path) {
   return faults;
 }
 
-// The text of a file with the fault in it. One-line texts may stand within a line.
-std::string planted(const fs::path& source, const Fault& fault, const Edit& edit) {
-  std::string text = read(source / edit.file), before = edit.before, after = edit.after;
+// A file's text with one change of the fault in it. One-line texts may stand within a line.
+std::string planted(std::string text, const Fault& fault, const Edit& edit) {
+  std::string before = edit.before, after = edit.after;
   if (std::count(before.begin(), before.end(), '\n') == 1) {
     before.pop_back();
     if (!after.empty()) after.pop_back();
@@ -113,10 +114,21 @@ std::string planted(const fs::path& source, const Fault& fault, const Edit& edit
   return text.replace(at, before.size(), after);
 }
 
+// The files that the fault changes, as they are then.
+std::map<std::string, std::string> changed_files(const fs::path& source, const Fault& fault) {
+  std::map<std::string, std::string> files;
+  for (const auto& edit : fault.edits) {
+    const auto [at, first] = files.try_emplace(edit.file);
+    if (first) at->second = read(source / edit.file);
+    at->second = planted(std::move(at->second), fault, edit);
+  }
+  return files;
+}
+
 void check_fault(const fs::path& source, const Fault& fault) {
   if (fault.edits.empty() || (fault.harmless.empty() && (fault.targets.empty() || fault.tests.empty() == fault.refused.empty())))
     throw std::runtime_error(fault.place + ": " + fault.name + " needs a file, targets, and tests or a refusal");
-  for (const auto& edit : fault.edits) (void)planted(source, fault, edit);
+  (void)changed_files(source, fault);
 }
 
 int run(const std::string& command) {
@@ -207,7 +219,7 @@ std::string test_command(const Options& options, const std::string& tests) {
   return "ctest --test-dir " + quoted(options.build) + " --no-tests=error --stop-on-failure --timeout 600 -LE faults -R " + quoted(tests);
 }
 
-std::string failed_test(const fs::path& log) { return line_with(log, R"(^\s+[0-9]+ - (\S+).*\()"); }
+std::string failed_test(const fs::path& log) { return line_with(log, R"(^\s+[0-9]+ - (\S+) \((?!Skipped))"); }
 
 struct Outcome {
   std::string kind, by;  // caught, survived, without effect
@@ -236,7 +248,7 @@ class Report {
 };
 
 Outcome outcome_of(const Options& options, const fs::path& snapshot, const Layer& layer, const Fault& fault) {
-  for (const auto& edit : fault.edits) layer.write(edit.file, planted(snapshot, fault, edit));
+  for (const auto& [file, text] : changed_files(snapshot, fault)) layer.write(file, text);
   if (layer.inside(build_command(options, fault.targets)) != 0) {
     const bool due = !fault.refused.empty() && std::regex_search(read(layer.log()), std::regex(fault.refused));
     return due ? Outcome{"caught", "the build: " + line_with(layer.log(), fault.refused.c_str())}

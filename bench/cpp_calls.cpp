@@ -1,7 +1,4 @@
-// Pairs of functions, one by the C functions and one by the C++ binding, whose machine code must be the same.
-#include <array>
-
-#include "xfm.hpp"
+#include "bench/cpp_calls.h"
 
 extern "C" {
 
