@@ -37,11 +37,12 @@ INSTANTIATE_TEST_SUITE_P(All, GeneratorFlows, testing::Values(Case{32, 1}, Case{
 
 TEST_P(GeneratorFlows, AreTheTransformExactly) {
   const auto [precision, lanes] = GetParam();
-  for (int n = 2; n <= 64; ++n) {
+  for (const auto& [key, row] : tables().rows) {
+    if (key.first != precision) continue;
+    const int n = key.second;
     const std::vector<Value> x = source(n);
     for (int sign : {-1, +1}) {
       const std::vector<Value> expected = definition(x, sign);
-      const ComplexRow& row = tables().row(precision, n);
       for (const Placement placement : {Placement::Nested, Placement::Flattened}) {
         if (placement == Placement::Flattened && (lanes == 1 || row.plan.flow != Flow::Complex)) continue;
         const LanedTransform t = laned_transform(row.plan, sign, lanes, placement);
