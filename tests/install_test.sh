@@ -21,6 +21,9 @@ lib=$(dirname "$(find "$work/tree" -name xfm.pc)")/..
 for name in libxfmgene9.so libxfmgene9.so.6.1 libxfmcorex64.so libxfmcorex64.so.6.1; do
   [ -e "$lib/$name" ] || fail "$name is not installed"
 done
+for copy in "$build"/lib/glibc-hwcaps/*/libxfmgene9.so.6.1; do
+  [ ! -e "$copy" ] || [ -e "$lib/${copy#"$build/lib/"}" ] || fail "${copy#"$build/lib/"} is not installed"
+done
 if grep -rl "$build" "$work/tree"; then fail "an installed file names the build folder"; fi
 
 cmake --build "$build" --target uninstall >/dev/null
