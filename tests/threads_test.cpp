@@ -33,7 +33,8 @@ std::vector<Result> results(const xfm::FunctionList& list, int exponent, const s
     std::memset(arena.target(), 0x5a, Arena::kBytes);
     const auto* const a = call.arguments;
     using Any = XfmStatus(std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t);
-    Result result{call.function->name + ", " + call.what, reinterpret_cast<Any*>(call.address)(a[0], a[1], a[2], a[3], a[4])};
+    const XfmStatus status = reinterpret_cast<Any*>(call.address)(a[0], a[1], a[2], a[3], a[4]);
+    Result result{call.function->name + ", " + call.what, static_cast<std::uint64_t>(status)};
     for (int i = 0; i < Arena::kBytes; i += 8) {  // FNV-1a, by words
       std::uint64_t word;
       std::memcpy(&word, arena.target() + i, sizeof word);
