@@ -33,6 +33,9 @@ contains
     call expect(all(y == z), "the kernel is what the dispatcher runs")
     call expect(xfmgDFTInv_CToC_64fc(y, y, 15, xfmScaleInvByN) == xfmStatusOk, "in place")
     call expect(maxval(abs(y - x)) < 1d-15, "there and back")
+    call expect(xfmgDFTFwd_CToC_64fc(x, y, 15, xfmScaleFwdByN) == xfmStatusOk .and. abs(y(1) - sum(x) / 15) < 1d-14, "by N")
+    call expect(xfmgDFTFwd_CToC_64fc(x, y, 15, xfmScaleBySqrtN) == xfmStatusOk .and. &
+                abs(y(1) - sum(x) / sqrt(15d0)) < 1d-14, "by sqrt N")
   end subroutine
 
   subroutine layouts
