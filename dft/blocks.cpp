@@ -10,7 +10,7 @@ std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const
 std::vector<Ref> complex_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign) {
   const Physical alg{g};
   const auto multiply = [&](std::vector<Ref>& bins, const std::vector<ComplexNumber>& constants) {
-    for (size_t j = 0; j < bins.size(); ++j) bins[j] = alg.times(bins[j], constants[j].re, constants[j].im);
+    for (size_t j = 0; j < bins.size(); ++j) bins[j] = times(alg, bins[j], constants[j]);
   };
   const auto prime = [&](const Plan& block, std::span<const Ref> in) {
     if (block.kind != Plan::Kind::ComplexRader) return half_spectrum_block(g, block, in, sign);

@@ -185,20 +185,20 @@ class Builder {
       }
     }
     std::vector<Point*> points;
-    std::vector<Factor> factors;
+    std::vector<ComplexNumber> factors;
     for (size_t r = 0; r < rows.size(); ++r)
       for (int j = 0; j < map.b; ++j) {
         points.push_back(&rows[r][j]);
-        factors.push_back(Factor::root(sign * j * static_cast<int>(r % map.a), map.length()));
+        factors.push_back(map.twiddle(sign, j, static_cast<int>(r % map.a)));
       }
     multiply(points, factors);
   }
 
   // Every vector that holds some of the points times a factor for each of them.
-  void multiply(const std::vector<Point*>& points, const std::vector<Factor>& factors) {
+  void multiply(const std::vector<Point*>& points, const std::vector<ComplexNumber>& factors) {
     struct Vector {
       Ref ref;
-      std::vector<std::optional<Factor>> factors;
+      std::vector<std::optional<ComplexNumber>> factors;
       std::vector<Point*> points;
     };
     std::vector<Vector> vectors;
@@ -208,7 +208,7 @@ class Builder {
       auto v = std::find_if(vectors.begin(), vectors.end(), [&](const Vector& held) {
         return held.ref == p.ref && (!held.factors[p.lane] || *held.factors[p.lane] == factors[i]);
       });
-      if (v == vectors.end()) v = vectors.insert(v, {p.ref, std::vector<std::optional<Factor>>(g_.lanes()), {}});
+      if (v == vectors.end()) v = vectors.insert(v, {p.ref, std::vector<std::optional<ComplexNumber>>(g_.lanes()), {}});
       v->factors[p.lane] = factors[i];
       v->points.push_back(points[i]);
     }
@@ -221,13 +221,9 @@ class Builder {
     }
   }
 
-  void multiply(Points& points, const std::vector<ComplexNumber>& constants) {
+  void multiply(Points& points, const std::vector<ComplexNumber>& factors) {
     std::vector<Point*> all;
-    std::vector<Factor> factors;
-    for (size_t j = 0; j < points.size(); ++j) {
-      all.push_back(&points[j]);
-      factors.push_back(Factor::constant(constants[j]));
-    }
+    for (Spot& p : points) all.push_back(&p);
     multiply(all, factors);
   }
 
@@ -251,51 +247,40 @@ class Builder {
 
   Points chirp(const Points& x) {
     const int p = plan_.length, t = plan_.first().length;
-    // exp(s*i*pi*m^2/p): with the sign of the transform on both ends, with the other one in between.
-    const auto factor = [&](int m, int s) {
-      const int e = s * (m * m % (2 * p));
-      return ComplexNumber{cos_turn(e, 2 * p), sin_turn(e, 2 * p)};
-    };
-    Points z(t);
-    chirped_input(x, z, [&](int n) { return factor(n, sign_); });
-    Points bins = linked(plan_.first(), {z}, -1)[0];
+    // exp(sign*i*pi*m^2/p) on both ends, with the other sign in between.
+    std::vector<ComplexNumber> factors;
+    for (int m = 0; m < p; ++m) factors.push_back(ComplexNumber::root(sign_ * (m * m % (2 * p)), 2 * p));
+    Points bins = linked(plan_.first(), {chirped(x, factors, t)}, -1)[0];
     std::vector<ComplexNumber> spectrum(t);
     for (int j = 0; j < t; ++j) {
       ComplexNumber d{1, 0};
       for (int m = 1; m < p; ++m) {
-        const ComplexNumber w = factor(m, -sign_);
         const Real twice = 2 * cos_turn(m * j, t);
-        d.re += twice * w.re;
-        d.im += twice * w.im;
+        d.re += twice * factors[m].re;
+        d.im -= twice * factors[m].im;
       }
       spectrum[j] = {d.re / t, d.im / t};
     }
     multiply(bins, spectrum);
     Points r = linked(mirrored(plan_.first()), {bins}, +1)[0];
     r.resize(p);
-    std::vector<ComplexNumber> last;
-    for (int k = 0; k < p; ++k) last.push_back(factor(k, sign_));
-    multiply(r, last);
+    multiply(r, factors);
     return r;
   }
 
-  // The chirp is put on the vectors that the first stage of the convolution gathers: its blocks take points b, b + B, ...
-  template <class F>
-  void chirped_input(const Points& x, Points& z, const F& factor) {
-    const int p = plan_.length, lanes = g_.lanes();
-    for (int start = 0; start < p; start += lanes) {
-      Points row;
-      for (int n = start; n < std::min(start + lanes, p); ++n) row.push_back(x[n]);
-      const Ref v = gather(row);
+  // The source times the chirp, on the vectors that the first stage of the convolution gathers, and zeros behind it.
+  Points chirped(const Points& x, const std::vector<ComplexNumber>& factors, int length) {
+    Points z;
+    for (size_t start = 0; start < x.size(); start += g_.lanes()) {
+      const size_t end = std::min(start + g_.lanes(), x.size());
+      const Ref v = gather({x.begin() + start, x.begin() + end});
       Points held;
-      std::vector<ComplexNumber> constants;
-      for (size_t l = 0; l < row.size(); ++l) {
-        held.push_back({v, static_cast<int>(l)});
-        constants.push_back(factor(start + static_cast<int>(l)));
-      }
-      multiply(held, constants);
-      for (size_t l = 0; l < held.size(); ++l) z[start + l] = held[l];
+      for (size_t n = start; n < end; ++n) held.push_back({{v, static_cast<int>(n - start)}});
+      multiply(held, {factors.begin() + start, factors.begin() + end});
+      z.insert(z.end(), held.begin(), held.end());
     }
+    z.resize(length);
+    return z;
   }
 
   const Plan& plan_;

@@ -2,6 +2,12 @@
 
 namespace xfm {
 
+std::optional<int> ComplexNumber::eighth_turns() const {
+  for (int k = 0; k < 8; ++k)
+    if (*this == root(k, 8)) return k;
+  return {};
+}
+
 Pair Pairs::turned(Pair a, int quarters) const {
   switch (quarters & 3) {
     case 1: return {-a.im, a.re};

@@ -6,6 +6,7 @@
 // `sign` is that of the exponent: -1 forward, +1 inverse.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -14,6 +15,16 @@
 #include "generator/graph.h"
 
 namespace xfm {
+
+struct ComplexNumber {
+  Real re = 0, im = 0;
+
+  // exp(2*pi*i*num/den)
+  static ComplexNumber root(long long num, long long den) { return {cos_turn(num, den), sin_turn(num, den)}; }
+  // The k with this number = exp(2*pi*i*k/8), from 0 to 7; nothing for other numbers.
+  std::optional<int> eighth_turns() const;
+  friend bool operator==(const ComplexNumber& a, const ComplexNumber& b) { return is_zero(a.re - b.re) && is_zero(a.im - b.im); }
+};
 
 // What flows of the same plan may do in different ways. The counts are the same; last bits and signs of zeros are not.
 struct Conventions {
@@ -42,7 +53,7 @@ struct Physical {
   Ref add(Ref a, Ref b) const { return g.add(a, b); }
   Ref sub(Ref a, Ref b) const { return g.sub(a, b); }
   Ref turned(Ref a, int quarters) const { return a.turned(quarters); }
-  Ref times(Ref a, const Coef& c, const Coef& s) const { return g.lin({{c, a}, {s, a.turned(1)}}); }
+  Ref times(Ref a, const ComplexNumber& c) const { return g.lin({{c.re, a}, {c.im, a.turned(1)}}); }
   // By an odd number of eighth turns: sqrt(1/2) times the sum and the difference of the components.
   Ref eighths(Ref a, int odd) const {
     const Ref sum = g.add(a, a.turned(odd % 4 == 1 ? 1 : 3));
@@ -73,8 +84,8 @@ struct Pairs {
   }
   Pair sub(Pair a, Pair b) const { return add(a, {-b.re, -b.im}); }
   Pair turned(Pair a, int quarters) const;
-  Pair times(Pair a, const Coef& c, const Coef& s) const {
-    return parts([&] { return g.lin({{c, a.re}, {-s, a.im}}); }, [&] { return g.lin({{c, a.im}, {s, a.re}}); });
+  Pair times(Pair a, const ComplexNumber& c) const {
+    return parts([&] { return g.lin({{c.re, a.re}, {-c.im, a.im}}); }, [&] { return g.lin({{c.re, a.im}, {c.im, a.re}}); });
   }
   Pair eighths(Pair a, int odd) const;
   bool centred() const { return conventions.centred; }
@@ -108,13 +119,12 @@ struct Pairs {
   }
 };
 
-// a * exp(2*pi*i*num/den): free for quarter turns, two products for odd eighths, else four.
+// A value times a constant: free for quarter turns, two products for odd eighths, else four.
 template <class A>
-typename A::Value twiddled(const A& alg, typename A::Value a, long long num, long long den) {
-  num = ((num % den) + den) % den;
-  if (4 * num % den == 0) return alg.turned(a, static_cast<int>(4 * num / den));
-  if (8 * num % den == 0) return alg.eighths(a, static_cast<int>(8 * num / den));
-  return alg.times(a, cos_turn(num, den), sin_turn(num, den));
+typename A::Value times(const A& alg, typename A::Value a, const ComplexNumber& c) {
+  const std::optional<int> turns = c.eighth_turns();
+  if (!turns) return alg.times(a, c);
+  return *turns % 2 ? alg.eighths(a, *turns) : alg.turned(a, *turns / 2);
 }
 
 template <class A>
@@ -144,6 +154,10 @@ struct LinkMap {
     for (int j = 0; j < b; ++j)
       for (int i = 0; i < a; ++i) all[j].push_back(x[input(i, j)]);
     return all;
+  }
+  // What point j of row k1 is multiplied by between the stages.
+  ComplexNumber twiddle(int sign, int j, int k1) const {
+    return ComplexNumber::root(twiddles ? sign * j * bin(k1) : 0, length());
   }
   // The bin of a class that row k1 stands for.
   int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
@@ -182,17 +196,13 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
     std::vector<Value> in(map.b);
     for (int j = 0; j < map.b; ++j) {
       const Graph::Loop rotation(alg.g, "rotation", j);
-      in[j] = map.twiddles ? twiddled(alg, u[j][k1], sign * j * map.bin(k1), map.length()) : u[j][k1];
+      in[j] = times(alg, u[j][k1], map.twiddle(sign, j, k1));
     }
     const std::vector<Value> z = planned<A>(alg, alg.in_row(plan.second(), real_bin(k1, map.a)), in, sign, block);
     for (int k2 = 0; k2 < map.b; ++k2) y[map.output(k1, k2)] = z[k2];
   }
   return y;
 }
-
-struct ComplexNumber {
-  Real re = 0, im = 0;
-};
 
 // Rader's method: with a primitive root g the bins of prime length p are a cyclic convolution of length L = p-1 of x[g^q]
 // with exp(-2*pi*i*g^-q/p), whose results stand at the bins g^-q; x[0] is in all of them.

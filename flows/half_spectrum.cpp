@@ -74,27 +74,16 @@ Half HalfSpectra::block(const Plan& plan, std::span<const Ref> x, int sign, Want
     if (wanted == Wanted::Odd) return {{}, bin, {}};
     return {{g_.add(s, e), {}}, bin, {g_.sub(s, e), {}}};
   }
-  if (plan.length == 8) return eight_point(x, wanted);
+  if (plan.length == 8) return halves({Plan::Kind::Halves, 8, {{Plan::Kind::Block, 4}, plan}}, x, wanted);
   return direct(x, sign);
 }
 
-// Four points of the sums, and of the differences d the bins 1 and 5: d[0] +- h*(d[1]-d[3]), -d[2] -+ h*(d[1]+d[3]).
-Half HalfSpectra::eight_point(std::span<const Ref> x, Wanted wanted) {
-  std::vector<Ref> sums, d;
-  for (int i = 0; i < 4; ++i) {
-    const Graph::Loop element(g_, "element", i);
-    sums.push_back(g_.add(x[i], x[i + 4]));
-    d.push_back(g_.sub(x[i], x[i + 4]));
-  }
-  HalfBins bins(8);
-  if (wanted == Wanted::All) {
-    const Half even = within("even", [&] { return block({Plan::Kind::Block, 4}, sums, -1, wanted); });
-    for (int k = 0; k <= 2; ++k) bins.put(2 * k, even[k]);
-  }
-  const Graph::Loop odd(g_, "odd");
+// Of the differences d of the halves of eight points the bins 1 and 5: d[0] +- h*(d[1]-d[3]), -d[2] -+ h*(d[1]+d[3]).
+Half HalfSpectra::odd_of_eight(std::span<const Ref> d) {
   const Real h = square_root(Real(0.5));
   const Ref t1 = g_.scale(h, d[1]), t3 = g_.scale(h, d[3]);
   const Ref re = g_.sub(t1, t3), im = g_.add(t1, t3);
+  HalfBins bins(8);
   bins.put(1, {g_.add(d[0], re), g_.lin({{-1, d[2]}, {-1, im}})});
   bins.put(5, {g_.sub(d[0], re), g_.lin({{-1, d[2]}, {1, im}})});
   return bins.take();
@@ -141,7 +130,10 @@ Half HalfSpectra::halves(const Plan& plan, std::span<const Ref> x, Wanted wanted
     const Half even = within("even", [&] { return real(plan.first(), sums); });
     for (int k = 0; k <= m / 2; ++k) bins.put(2 * k, even[k]);
   }
-  const Half odd = within("odd", [&] { return real(plan.second(), with_zeros(differences), Wanted::Odd); });
+  const Half odd = within("odd", [&] {
+    const bool eight = plan.second().kind == Plan::Kind::Block && plan.length == 8;
+    return eight ? odd_of_eight(differences) : real(plan.second(), with_zeros(differences), Wanted::Odd);
+  });
   for (int k = 1; k <= m; k += 2) bins.put(k, odd[k]);
   return bins.take();
 }
@@ -172,8 +164,7 @@ Half HalfSpectra::linked(const Plan& plan, std::span<const Ref> x, Wanted wanted
       std::vector<Pair> row;
       for (int j = 0; j < map.b; ++j) {
         const Graph::Loop rotation(g_, "rotation", j);
-        const Pair bin = conjugate ? u[j][k1].conj() : u[j][k1];
-        row.push_back(map.twiddles ? twiddled(pairs_, bin, -j * k1, map.length()) : bin);
+        row.push_back(times(pairs_, conjugate ? u[j][k1].conj() : u[j][k1], map.twiddle(-1, j, k1)));
       }
       const std::vector<Pair> z = complex(plan.second(), row);
       for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(conjugate ? -k1 : k1, k2), z[k2]);
@@ -194,7 +185,7 @@ void HalfSpectra::middle_row(const Plan& second, std::span<const Ref> row, const
     std::vector<Pair> rotated;
     for (int j = 0; j < map.b; ++j) {
       const Graph::Loop rotation(g_, "rotation", j);
-      rotated.push_back(twiddled(pairs_, Pair{row[j], {}}, -j * k1, map.length()));
+      rotated.push_back(times(pairs_, Pair{row[j], {}}, map.twiddle(-1, j, k1)));
     }
     const std::vector<Pair> z = complex(second, rotated);
     for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(k1, k2), z[k2]);
@@ -253,9 +244,10 @@ std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spe
   return placed(transposed, transpose(network, ends, outputs, transposed, placeholders), g_, feed);
 }
 
-// The constant spectrum of Rader's method is real at even and imaginary at odd bins but for the parts that g^(L/2) = -1 cancels: taken times -i
-// at odd bins it keeps both halves real combinations of the input. So the way back needs no transform of length L: the even
-// bins give the real parts and the odd ones the imaginary parts, each through the transposed network of those bins.
+// The constant spectrum of Rader's method is real at even and imaginary at odd bins, because g^(L/2) = -1 cancels the other
+// parts: taken times -i at odd bins it keeps both halves real combinations of the input. So the way back needs no transform of
+// length L: the even bins give the real parts and the odd ones the imaginary parts, each through the transposed network of
+// those bins.
 Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
   const RaderMap map(plan);
   const int half = map.length / 2;
@@ -268,7 +260,7 @@ Half HalfSpectra::rader(const Plan& plan, std::span<const Ref> x, int sign) {
   for (int j = 1; j <= half; ++j) {
     const Graph::Loop loop(g_, "product", j);
     const ComplexNumber c = j % 2 ? ComplexNumber{spectrum[j].im, -spectrum[j].re} : spectrum[j];
-    product.push_back(j == half ? Pair{g_.scale(c.re, bins[j].re), {}} : pairs_.times(bins[j], 2 * c.re, 2 * c.im));
+    product.push_back(j == half ? Pair{g_.scale(c.re, bins[j].re), {}} : pairs_.times(bins[j], {2 * c.re, 2 * c.im}));
   }
   product[0].re = g_.lin({{1, x[0]}, {spectrum[0].re, bins[0].re}});
   const std::vector<Ref> re = within("even", [&] { return second_transform(plan.second(), product, Wanted::All); });

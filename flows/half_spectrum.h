@@ -29,7 +29,7 @@ class HalfSpectra {
  private:
   Half block(const Plan& plan, std::span<const Ref> x, int sign, Wanted wanted);
   Half direct(std::span<const Ref> x, int sign);
-  Half eight_point(std::span<const Ref> x, Wanted wanted);
+  Half odd_of_eight(std::span<const Ref> d);
   Half halves(const Plan& plan, std::span<const Ref> x, Wanted wanted);
   Half linked(const Plan& plan, std::span<const Ref> x, Wanted wanted);
   void middle_row(const Plan& second, std::span<const Ref> row, const LinkMap& map, class HalfBins& bins);
