@@ -1,6 +1,6 @@
 // Writes a unit of the DCT-IV, or the counts of its functions:
 //   gen_dct4 32f|64f <kernels.tsv> <target> <unit.cpp>
-//   gen_dct4 report <kernels.tsv> <target> <report.tsv>    every kernel
+//   gen_dct4 report <kernels.tsv> <target> <report.tsv>    every kernel and its form
 //   gen_dct4 functions <kernels.tsv> <target> <report.tsv> the functions that hold them, for the audit of the compiled code
 //   gen_dct4 search <kernels.tsv> <target> <rows.tsv>      rows of pack_recipes.tsv for the straight lines
 // Every kernel is first held to the operations that its row states.
@@ -22,13 +22,19 @@ std::string unit_text(const std::string& table, const std::string& type, const p
   return text + "}  // namespace xfm::dct4\n\n#include \"dct4/entries_" + type + ".h\"\n";
 }
 
-std::string report_text(const std::string& table) {
+std::string form_name(const StageKernel& k, const std::string& type, const pack::Forms& forms) {
+  if (!k.plan.whole()) return std::string(type == "32f" ? "8" : "4") + " lanes, a transform in each";
+  const std::string name = whole_form(k, type, forms).name;
+  return name.empty() ? "scalar" : name;
+}
+
+std::string report_text(const std::string& table, const pack::Forms& forms) {
   std::string text = "# made by gen_dct4 from the kernels as they are written; additions include changes of sign\n"
-                     "precision\tkernel\tlength\tmultiplications\tadditions\n";
+                     "precision\tkernel\tlength\tmultiplications\tadditions\tform\n";
   for (const std::string& type : kTypes)
     for (const StageKernel& k : stage_kernels(table, type))
       text += type + "\t" + k.plan.row["kernel"] + "\t" + std::to_string(k.plan.length) + "\t" +
-              std::to_string(k.net.multiplications()) + "\t" + std::to_string(k.net.additions()) + "\n";
+              std::to_string(k.net.multiplications()) + "\t" + std::to_string(k.net.additions()) + "\t" + form_name(k, type, forms) + "\n";
   return text;
 }
 
@@ -79,7 +85,7 @@ std::string search_text(const std::string& table, const Target& target) {
 std::string text_of(const std::string& what, const std::string& table, const std::string& target) {
   const std::filesystem::path plans = std::filesystem::path(table).parent_path();
   if (what == "search") return search_text(table, read_target((plans / "targets.tsv").string(), target));
-  if (what == "report") return report_text(table);
+  if (what == "report") return report_text(table, pack::Forms::read(plans, target));
   if (what == "functions") return functions_text(table, pack::Forms::read(plans, target));
   for (const std::string& type : kTypes)
     if (what == type) return unit_text(table, type, pack::Forms::read(plans, target));

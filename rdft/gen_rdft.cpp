@@ -95,14 +95,16 @@ std::string counts_text(const Transform& first, const std::string& plans) {
   return text;
 }
 
-// The additions and multiplications of every body as the target has it, each of as many lanes as there are.
+// The form of every body as the target has it, with its additions and multiplications, each of as many lanes as there are.
 std::string instructions_text(const std::string& plans, const pack::Forms& forms) {
-  std::string text = "name\tadds\tmuls\n";
+  std::string text = "name\tadds\tmuls\tform\n";
   for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : read_rows(plans, t.family)) {
-        const pack::Arithmetic made = pack::arithmetic(form_of(t, row, type, forms).program);
-        text += symbol(t, row.length, type) + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\n";
+        const pack::Forms::Form form = form_of(t, row, type, forms);
+        const pack::Arithmetic made = pack::arithmetic(form.program);
+        text += symbol(t, row.length, type) + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\t" +
+                form.name + "\n";
       }
   return text;
 }

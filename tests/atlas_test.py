@@ -36,6 +36,13 @@ def expect(got, wanted, what):
         sys.exit(f"{what}: {got!r}, not {wanted!r}")
 
 
+def forms(build, function):
+    """What the copies make of a kernel, by the rows of their reports."""
+    rows = [(report.parent.name, line.split("\t")) for report in build.glob("reports/*/*.tsv")
+            for line in report.read_text(encoding="utf-8").splitlines()]
+    return {f"form in {target}": cells[-1] for target, cells in rows if cells[0] == function}
+
+
 def main():
     atlas, build = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
     with open(build / "reports" / "audit_bodies.tsv", encoding="utf-8") as file:
@@ -51,6 +58,7 @@ def main():
             rows = shown(page)
             for column, words in [("instructions", "instructions"), ("adds", "additions"), ("code_bytes", "bytes of code")]:
                 expect(rows.get(words), code[name][column], f"{name}, {words}")
+            expect({row: text for row, text in rows.items() if row.startswith("form in")}, forms(build, name), f"{name}, forms")
             line = page.find_element(By.CSS_SELECTOR, "#chart polyline").get_attribute("points").split()
             expect(len(line), 13 if family == "WHT" else 63, f"{name}, lengths in the chart")
         page.get("about:blank")

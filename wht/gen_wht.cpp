@@ -53,7 +53,7 @@ std::string unit_text(const std::string& unit, const std::string& type, const st
 }
 
 std::string counts_text(const std::string& target, const std::string& plans) {
-  std::string text = "function\tadds\tmuls\tshuffles\n";
+  std::string text = "function\tadds\tmuls\tshuffles\tform\n";
   for (const std::string& type : kTypes)
     for (const Plan& plan : read_plans(plans + "/wht_plans.tsv", target, type)) {
       const std::vector<Pass> passes = passes_of(plan);
@@ -62,7 +62,7 @@ std::string counts_text(const std::string& target, const std::string& plans) {
       for (const Pass& pass : passes) code += count(pass.program);
       const int shuffles = passes.size() == 1 ? plan.limit.shuffles : code.shuffles;
       text += symbol(plan.order, type) + "\t" + std::to_string(code.additions) + "\t" + std::to_string(code.multiplications) +
-              "\t<=" + std::to_string(shuffles) + "\n";
+              "\t<=" + std::to_string(shuffles) + "\t" + plan.form() + "\n";
     }
   return text;
 }

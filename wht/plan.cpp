@@ -47,6 +47,11 @@ void validate(const Plan& plan, const TableRow& row) {
 
 }  // namespace
 
+std::string Plan::form() const {
+  const int lanes = width(type);
+  return lanes == 1 ? "scalar" : std::to_string(lanes) + " lanes, " + row["inside"];
+}
+
 std::string Plan::note() const {
   std::string text;
   for (int pass : passes) text += (text.empty() ? "order " : " + ") + std::to_string(pass);

@@ -28,6 +28,7 @@ struct Plan {
   [[nodiscard]] int chunk() const { return length() >> passes.back(); }
   // Whether registers are wider than the alignment that arrays and buffers may have.
   [[nodiscard]] bool wide() const { return bits(type) > 128; }
+  [[nodiscard]] std::string form() const;  // as the row chooses it: lanes and what is done inside a register
   [[nodiscard]] std::string note() const;  // passes and counts, for readers of the unit
 };
 

@@ -72,6 +72,16 @@ def add_notes(found, build):
                     record["form"] = counts["form"]
 
 
+def add_forms(found, build):
+    """What the copies for newer processors make of a kernel, where they pack it."""
+    by_name = {record["name"]: record for record in found.values()}
+    for report in sorted((build / "reports").glob("*/*.tsv")):
+        rows = table(report)
+        for row in rows if rows and "form" in rows[0] else ():
+            if row.get("name", row.get("function")) in by_name:
+                by_name[row.get("name", row.get("function"))].setdefault("copies", {})[report.parent.name] = row["form"]
+
+
 def add_code(found, build):
     by_name = {record["name"]: record for record in found.values()}
     for row in table(build / "reports" / "audit_bodies.tsv"):
@@ -105,6 +115,7 @@ def main():
     build, data, template, output = map(pathlib.Path, sys.argv[1:])
     found = records(build)
     add_notes(found, build)
+    add_forms(found, build)
     add_code(found, build)
     add_accuracy(found, data)
     add_speed(found, data)
