@@ -1,7 +1,6 @@
 #include "dct4/kernel_plans.h"
 
 #include <algorithm>
-#include <charconv>
 #include <functional>
 #include <numeric>
 #include <set>
@@ -29,10 +28,8 @@ Splits splits_of(const TableRow& row, const char* column, int product) {
   Splits splits;
   if (row[column] != "-")
     for (const std::string& text : split(row[column], ' ')) {
-      int factor = 0;
-      const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), factor);
-      if (error != std::errc() || end != text.data() + text.size() || (factor != most && factor != most / 2))
-        row.fail(std::string(column) + ": \"" + text + "\" is no split");
+      const int factor = decimal(text).value_or(0);
+      if (factor != most && factor != most / 2) row.fail(std::string(column) + ": \"" + text + "\" is no split");
       splits.push_back(factor);
     }
   if (std::accumulate(splits.begin(), splits.end(), 1, std::multiplies<>()) != product)

@@ -55,29 +55,16 @@ void check_flow(const TableRow& row, const ComplexPlan& made) {
     row.fail("the flow '" + row["flow"] + "' has nothing to change in this plan");
 }
 
-// Blocks that are named by their prime.
-Plan with_primes(Plan plan, const PrimeBlocks& primes, int precision) {
-  for (Plan& part : plan.parts) part = with_primes(std::move(part), primes, precision);
-  if (plan.kind != Plan::Kind::Block) return plan;
-  const auto found = primes.find({precision, plan.length});
-  return found == primes.end() ? plan : found->second;
-}
-
-struct Blocks {
-  PrimeBlocks primes;
-  PlanBlocks named;
-};
-
-Plan plan_of(const TableRow& row, const Blocks& blocks) {
+Plan plan_of(const TableRow& row, const PlanBlocks& blocks) {
   const int length = row.integer("N");
-  Plan plan = plan_in(row, "plan", length, blocks.named);
+  Plan plan = plan_in(row, "plan", length, blocks);
   if (row["runs"] != "-") {
-    Plan runs = plan_in(row, "runs", length, blocks.named);
+    Plan runs = plan_in(row, "runs", length, blocks);
     if (block_lengths(runs) != block_lengths(plan)) row.fail("plan and runs have different blocks");
     plan = std::move(runs);
   }
   check_blocks(row, plan, kLargestButterfly);
-  return with_primes(std::move(plan), blocks.primes, row.integer("precision"));
+  return plan;
 }
 
 // "split, interleaved by 2"
@@ -91,7 +78,7 @@ std::vector<const WorkingForm*> forms_in(const TableRow& row) {
   return forms;
 }
 
-ComplexRow read_row(const TableRow& row, const Blocks& blocks) {
+ComplexRow read_row(const TableRow& row, const PlanBlocks& blocks) {
   const StatedCount additions = stated_count(row, "A"), multiplications = stated_count(row, "M");
   ComplexRow made{{plan_of(row, blocks), flow_in(row)},
                   forms_in(row),
@@ -120,15 +107,15 @@ ComplexTables ComplexTables::read(const std::filesystem::path& plans) {
   for (const Function& f : functions.functions())
     if (f.part == "dft" && f.kind == FunctionKind::Kernel) wanted.emplace(precision_of(f), f.size);
 
-  Blocks blocks;
-  blocks.named = read_blocks(plans / "complex_blocks.tsv", kLargestButterfly, &blocks.primes);
+  std::map<int, PlanBlocks> blocks;
+  for (const int precision : {32, 64}) blocks[precision] = read_blocks(plans / "complex_blocks.tsv", kLargestButterfly, precision);
   const std::filesystem::path file = plans / "complex_plans.tsv";
   const Table table = Table::read(file, {"N", "precision", "plan", "runs", "flow", "forms", "A", "M", "built A", "built M", "reason"});
   ComplexTables tables;
   for (const TableRow& row : table.rows()) {
     const std::pair key(row.integer("precision"), row.integer("N"));
     if (!wanted.contains(key)) row.fail("no function has this length and precision");
-    if (!tables.rows.emplace(key, read_row(row, blocks)).second) row.fail("a second row for this length");
+    if (!tables.rows.emplace(key, read_row(row, blocks[key.first])).second) row.fail("a second row for this length");
   }
   for (const auto& [precision, length] : wanted)
     if (!tables.rows.contains({precision, length}))

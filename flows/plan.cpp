@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <numeric>
+#include <optional>
 
 #include "flows/numbers.h"
 #include "generator/check.h"
@@ -14,6 +14,21 @@ namespace xfm {
 namespace {
 
 constexpr int kLongest = 1024, kDeepest = 16;  // of a block and of parentheses; far above all tables
+
+// A word with plans in parentheses behind it: one of n points, one of `second` * n, one of 2n; all of them have the length of
+// the second. Rader's method has n + 1 points, and with one plan inside runs on complex data.
+struct Form {
+  const char* word;
+  Plan::Kind kind;
+  size_t least, most;
+  int second;
+};
+constexpr Form kForms[] = {{"halves", Plan::Kind::Halves, 2, 2, 2},
+                           {"rows", Plan::Kind::Rows, 2, 3, 1},
+                           {"rader", Plan::Kind::Rader, 1, 2, 1},
+                           {"apart", Plan::Kind::Apart, 1, 1, 1}};
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 class Parser {
  public:
@@ -53,10 +68,9 @@ class Parser {
   }
 
   int number(const std::string& token) const {
-    int value = 0;
-    const auto [end, error] = std::from_chars(token.data(), token.data() + token.size(), value);
-    if (end != token.data() + token.size() && error == std::errc()) fail("no block is named '" + token + "'");
-    if (error != std::errc() || value < 2 || value > kLongest) fail("no length of a block in '" + token + "'");
+    if (!std::ranges::all_of(token, is_digit)) fail("no block is named '" + token + "'");
+    const int value = decimal(token).value_or(0);
+    if (value < 2 || value > kLongest) fail("no length of a block in '" + token + "'");
     return value;
   }
 
@@ -91,27 +105,15 @@ class Parser {
     return all;
   }
 
-  Plan halves() {
-    std::vector<Plan> two = parts(2, 2);
-    const int length = 2 * two[0].length;
-    if (two[1].length != length) fail("the parts do not fit together");
-    return {Plan::Kind::Halves, length, std::move(two)};
-  }
-
-  Plan rows() {
-    std::vector<Plan> all = parts(2, 3);
-    const int length = all[0].length;
-    if (all[1].length != length || (all.size() == 3 && all[2].length != 2 * length)) fail("the parts do not fit together");
-    return {Plan::Kind::Rows, length, std::move(all)};
-  }
-
-  Plan rader() {
-    std::vector<Plan> all = parts(1, 2);
-    const int prime = all[0].length + 1;
-    if (prime < 5 || !is_prime(prime)) fail("Rader's method at " + std::to_string(prime) + ", which is no prime from 5");
-    if (all.size() == 1) return {Plan::Kind::ComplexRader, prime, std::move(all)};
-    if (all[1].length != prime - 1) fail("the parts do not fit together");
-    return {Plan::Kind::Rader, prime, std::move(all)};
+  Plan made(const Form& form) {
+    std::vector<Plan> all = parts(form.least, form.most);
+    const int n = all[0].length;
+    const bool rader = form.kind == Plan::Kind::Rader;
+    if (rader && (n < 4 || !is_prime(n + 1))) fail("Rader's method at " + std::to_string(n + 1) + ", which is no prime from 5");
+    const bool fits = (all.size() < 2 || all[1].length == form.second * n) && (all.size() < 3 || all[2].length == 2 * n);
+    if (!fits) fail("the parts do not fit together");
+    const Plan::Kind kind = rader && all.size() == 1 ? Plan::Kind::ComplexRader : form.kind;
+    return {kind, rader ? n + 1 : form.second * n, std::move(all)};
   }
 
   Plan chirp() {
@@ -130,22 +132,13 @@ class Parser {
       expect(")");
       return plan;
     }
-    if (accept("halves")) return halves();
-    if (accept("rows")) return rows();
-    if (accept("rader")) return rader();
     if (accept("chirp")) return chirp();
-    if (accept("apart")) {
-      std::vector<Plan> one = parts(1, 1);
-      const int length = one[0].length;
-      return {Plan::Kind::Apart, length, std::move(one)};
-    }
+    for (const Form& form : kForms)
+      if (accept(form.word)) return made(form);
     const std::string token = take();
-    if (token.size() > 1 && std::isupper(static_cast<unsigned char>(token[0]))) {
-      const auto block = blocks_.find(token);
-      if (block == blocks_.end()) fail("no block is named '" + token + "'");
-      return block->second;
-    }
-    if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) fail("expected a block, found '" + token + "'");
+    if (const auto block = blocks_.find(token); block != blocks_.end()) return block->second;
+    if (token.size() > 1 && std::isupper(static_cast<unsigned char>(token[0]))) fail("no block is named '" + token + "'");
+    if (token.empty() || !is_digit(token[0])) fail("expected a block, found '" + token + "'");
     return {Plan::Kind::Block, number(token)};
   }
 
@@ -162,24 +155,18 @@ Plan parse_plan(const std::string& text, const PlanBlocks& blocks) { return Pars
 std::string to_text(const Plan& plan) {
   if (!plan.name.empty()) return plan.name;
   const auto part = [](const Plan& p) { return p.link() && p.name.empty() ? "(" + to_text(p) + ")" : to_text(p); };
-  const auto call = [&](const std::string& word) {
-    std::string text = word;
-    for (const Plan& p : plan.parts) text += (text == word ? "(" : "; ") + to_text(p);
-    return text + ")";
-  };
   switch (plan.kind) {
     case Plan::Kind::Block: return std::to_string(plan.length);
+    case Plan::Kind::Turned: return "turned";
     case Plan::Kind::CooleyTukey: return part(plan.first()) + " ct " + part(plan.second());
     case Plan::Kind::GoodThomas: return part(plan.first()) + " pf " + part(plan.second());
-    case Plan::Kind::Rader:
-    case Plan::Kind::ComplexRader: return call("rader");
     case Plan::Kind::Chirp: return "chirp(" + std::to_string(plan.length) + "; " + to_text(plan.first()) + ")";
-    case Plan::Kind::Halves: return call("halves");
-    case Plan::Kind::Rows: return call("rows");
-    case Plan::Kind::Apart: return call("apart");
-    case Plan::Kind::Turned: return "turned";
+    default: break;
   }
-  return {};
+  const Plan::Kind kind = plan.kind == Plan::Kind::ComplexRader ? Plan::Kind::Rader : plan.kind;
+  std::string text = std::ranges::find(kForms, kind, &Form::kind)->word;
+  for (const Plan& p : plan.parts) text += (&p == &plan.first() ? "(" : "; ") + to_text(p);
+  return text + ")";
 }
 
 Plan mirrored(const Plan& plan) {
@@ -198,11 +185,9 @@ std::vector<const Plan*> leaves(const Plan& plan) {
 std::vector<int> integers(const std::string& what, const std::string& text) {
   std::vector<int> values;
   for (const std::string& digits : split(text, ',')) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error != std::errc() || end != digits.data() + digits.size() || value < 0)
-      throw InputError(what + " '" + text + "': '" + digits + "' is not a number");
-    values.push_back(value);
+    const std::optional<int> value = decimal(digits);
+    if (!value || *value < 0) throw InputError(what + " '" + text + "': '" + digits + "' is not a number");
+    values.push_back(*value);
   }
   return values;
 }

@@ -1,7 +1,7 @@
 #include "flows/rows.h"
 
-#include <algorithm>
 #include <bit>
+#include <regex>
 
 #include "flows/numbers.h"
 
@@ -38,31 +38,21 @@ std::string departure_reason(const TableRow& row) {
   return told ? row["reason"] : "";
 }
 
-namespace {
-
-bool names_block(const std::string& name, const std::string& length) {
-  const auto small = [](char c) { return c >= 'a' && c <= 'z'; };
-  return name[0] >= 'A' && name[0] <= 'Z' && name.compare(1, length.size(), length) == 0 &&
-         std::all_of(name.begin() + 1 + length.size(), name.end(), small);
-}
-
-}  // namespace
-
-PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, PrimeBlocks* primes) {
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, std::optional<int> precision) {
   PlanBlocks blocks;
   std::vector<std::string> columns{"Name", "Plan"};
-  if (primes) columns.push_back("Precision");
+  if (precision) columns.push_back("Precision");
   const Table table = Table::read(file, columns);
   for (const TableRow& row : table.rows()) {
     Plan plan = plan_in(row, "Plan", 0, blocks);
     check_blocks(row, plan, largest_butterfly);
     const std::string length = std::to_string(plan.length);
     plan.name = row["Name"];
-    if (!names_block(plan.name, length)) row.fail("'" + plan.name + "' is no name of a block of length " + length);
+    if (!std::regex_match(plan.name, std::regex("[A-Z]" + length + "[a-z]*")))
+      row.fail("'" + plan.name + "' is no name of a block of length " + length);
     if (!blocks.emplace(plan.name, plan).second) row.fail("a second block of the name " + plan.name);
-    if (!primes || row["Precision"] == "-") continue;
-    const int precision = row.integer("Precision");
-    if (!is_prime(plan.length) || !primes->emplace(std::pair(precision, plan.length), plan).second)
+    if (!precision || row["Precision"] == "-" || row.integer("Precision") != *precision) continue;
+    if (!is_prime(plan.length) || !blocks.emplace(length, plan).second)
       row.fail("no prime, or one that has a block in this precision");
   }
   return blocks;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,9 +38,8 @@ Plan plan_in(const TableRow& row, std::string_view column, int length, const Pla
 void check_blocks(const TableRow& row, const Plan& plan, int largest_butterfly);
 
 // The blocks of a table of names and plans, each of which may use those above it. A name is a capital letter and the length,
-// then small letters or nothing. Where the table has a column "Precision", `primes` gets the blocks that stand for the prime
-// of their length in one.
-using PrimeBlocks = std::map<std::pair<int, int>, Plan>;  // by precision and prime
-PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, PrimeBlocks* primes = nullptr);
+// then small letters or nothing. In a table for several precisions a block may also stand for the prime of its length in one:
+// for that precision it has the prime as a second name.
+PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, std::optional<int> precision = {});
 
 }  // namespace xfm

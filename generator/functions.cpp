@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <set>
@@ -56,12 +55,7 @@ struct Range {
 // "7" or "2-64".
 Range read_range(const TableRow& row, std::string_view text) {
   const std::vector<std::string> ends = split(text, '-');
-  const auto number = [&](const std::string& digits) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size() && digits[0] != '0';
-    return whole ? value : 0;
-  };
+  const auto number = [](const std::string& digits) { return digits.starts_with('0') ? 0 : decimal(digits).value_or(0); };
   const Range range = {number(ends.front()), number(ends.back())};
   if (ends.size() > 2 || range.first < 1 || range.last < range.first)
     row.fail("\"" + std::string(text) + "\" is not a range of sizes");

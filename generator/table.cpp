@@ -31,6 +31,13 @@ std::string_view trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
+std::optional<int> decimal(std::string_view text) {
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  return value;
+}
+
 const std::string& TableRow::operator[](std::string_view column) const {
   const auto cell = cells_.find(column);
   check(cell != cells_.end(), file_ + " was not read with a column " + std::string(column));
@@ -39,11 +46,9 @@ const std::string& TableRow::operator[](std::string_view column) const {
 
 int TableRow::integer(std::string_view column) const {
   const std::string& text = (*this)[column];
-  int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size() || text.empty())
-    fail(std::string(column) + ": \"" + text + "\" is not an integer");
-  return value;
+  const std::optional<int> value = decimal(text);
+  if (!value) fail(std::string(column) + ": \"" + text + "\" is not an integer");
+  return *value;
 }
 
 void TableRow::fail(std::string_view reason) const { fail_input(file_, line_, reason); }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,8 @@ class Table {
   std::vector<TableRow> rows_;
 };
 
+// A text that is a decimal integer as a whole.
+std::optional<int> decimal(std::string_view text);
 // Splits at every separator; the pieces keep their blanks.
 std::vector<std::string> split(std::string_view text, char separator);
 std::string_view trim(std::string_view text);

@@ -1,83 +1,53 @@
 #include "rdft/counts.h"
 
-#include "generator/passes.h"
-
 namespace xfm::rdft {
 
+namespace {
+
+// The least M up to `largest` such that c is the cosine or sine of 2*pi*k/M but for its sign, or 0; 0.5 is asked for apart.
 int root_order(Real c, int largest) {
   struct Root {
     Real magnitude;
     int order;
   };
-  static std::vector<Root> roots;  // cosines and sines of 2*pi*k/M, by M
-  static int known = 2;
-  while (known < largest) {
-    ++known;
-    for (int k = 1; 2 * k < known; ++k)
-      for (Real value : {cos_turn(k, known), sin_turn(k, known)}) roots.push_back({magnitude(value), known});
-  }
-  for (const Root& root : roots) {
-    if (root.order > largest) break;
-    if (is_zero(root.magnitude - magnitude(c))) return root.order;
-  }
+  static std::vector<Root> roots;  // by order
+  for (int order = roots.empty() ? 3 : roots.back().order + 1; order <= largest; ++order)
+    for (int k = 1; 2 * k < order; ++k)
+      for (Real value : {cos_turn(k, order), sin_turn(k, order)}) roots.push_back({magnitude(value), order});
+  for (const Root& root : roots)
+    if (root.order <= largest && is_zero(root.magnitude - magnitude(c))) return root.order;
   return 0;
 }
 
-std::vector<char> open_cells(const Flow& flow) {
-  std::vector<char> open(flow.graph.size());
-  const std::vector<std::vector<int>> uses = users(flow);
-  for (Ref r : flow.outputs) open[r.node] = flow.graph[r.node].has_products() && uses[r.node].empty();
-  return open;
-}
-
-std::vector<char> folded_doublings(const Flow& flow) {
-  std::vector<char> folded(flow.doubled.size());
-  const std::vector<std::vector<int>> uses = users(flow);
-  for (int i : live_nodes(flow.graph, flow.outputs)) {
-    const Node& input = flow.graph[i];
-    if (input.kind != Node::Kind::Input || !flow.doubled[input.cells[0]] || uses[i].size() != 1) continue;
-    for (const Term& t : flow.graph[uses[i][0]].terms)
-      if (t.ref.node == i) folded[input.cells[0]] = !t.coef.unit();
-  }
-  return folded;
-}
+}  // namespace
 
 FlowCounts count_flow(const Flow& flow) {
-  FlowCounts c;
+  FlowCounts c{count(flow.graph, flow.outputs)};
   const int length = static_cast<int>(flow.outputs.size());
-  const std::vector<char> open = open_cells(flow);
-  std::vector<char> widened(flow.graph.size());
+  std::set<int> widened;
   for (int i : live_nodes(flow.graph, flow.outputs)) {
     const Node& node = flow.graph[i];
-    if (node.kind == Node::Kind::Input) continue;
     for (const Term& t : node.terms) {
-      if (t.coef.unit()) continue;
-      const Real value = t.coef.lane(0);
-      ++c.multiplications;
-      if (is_zero(magnitude(value) - Real(0.5))) continue;
-      if (const int order = root_order(value, length)) {
-        c.roots.insert(order);
-      } else {
-        ++c.non_root;
-      }
+      if (t.coef.unit() || is_zero(magnitude(t.coef.lane(0)) - Real(0.5))) continue;
+      const int order = root_order(t.coef.lane(0), length);
+      if (order) c.roots.insert(order);
+      c.non_root += order == 0;
     }
-    const int additions = static_cast<int>(node.terms.size()) - 1;
-    if (!flow.is_wide(i)) {
-      c.single_additions += additions;
-      continue;
-    }
-    c.double_additions += additions;
-    for (const Term& t : node.terms) widened[t.ref.node] = !flow.wide[t.ref.node];
-    if (!flow.wide[i]) ++(open[i] ? c.last_narrowings : c.inner_narrowings);
+    if (!flow.is_wide(i)) continue;
+    c.double_additions += static_cast<int>(node.terms.size()) - 1;
+    for (const Term& t : node.terms)
+      if (!flow.wide[t.ref.node]) widened.insert(t.ref.node);
+    if (!flow.wide[i]) ++(flow.open[i] ? c.last_narrowings : c.inner_narrowings);
   }
-  for (Ref r : flow.outputs)
-    if (r.turn == 2) ++(open[r.node] ? c.double_additions : c.single_additions);
-  c.additions = c.single_additions + c.double_additions;
-  for (char w : widened) c.widenings += w;
-  c.widenings += c.last_narrowings > 0;
-  const std::vector<char> folded = folded_doublings(flow);
+  for (Ref r : flow.outputs) {
+    if (r.turn != 2) continue;
+    ++c.additions;
+    c.double_additions += flow.open[r.node];
+  }
+  c.single_additions = c.additions - c.double_additions;
+  c.widenings = static_cast<int>(widened.size()) + (c.last_narrowings > 0);
   for (size_t cell = 0; cell < flow.doubled.size(); ++cell)
-    if (flow.doubled[cell]) ++(folded[cell] ? c.folded_doublings : c.doublings);
+    if (flow.doubled[cell]) ++(flow.folded[cell] ? c.folded_doublings : c.doublings);
   return c;
 }
 

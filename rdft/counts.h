@@ -4,16 +4,16 @@
 
 #include <set>
 
+#include "generator/passes.h"
 #include "rdft/flow.h"
 
 namespace xfm::rdft {
 
-struct FlowCounts {
-  int additions = 0;        // negations, which subtract from zero, among them
-  int multiplications = 0;  // neither scale nor doublings
+// The counts of its graph, negations of outputs among the additions, and what layout and precision add to them.
+struct FlowCounts : Counts {
   int doublings = 0;        // multiplications by 2.0
   int folded_doublings = 0; // constants that took the factor 2 instead
-  std::set<int> roots;      // the M with a constant cos or sin of 2*pi*k/M, the least for each constant
+  std::set<int> roots = {}; // the M with a constant cos or sin of 2*pi*k/M, the least for each constant
   int non_root = 0;         // multiplications by any other constant but 0.5
   int single_additions = 0, double_additions = 0;
   int widenings = 0;        // held values that enter a double expression, and the scale if it does
@@ -21,13 +21,5 @@ struct FlowCounts {
 };
 
 FlowCounts count_flow(const Flow& flow);
-
-// By node: a double expression that ends a cell and nothing else, so that it is still open when the scale comes.
-std::vector<char> open_cells(const Flow& flow);
-// By input cell: the doubling is taken into the one constant that the value meets.
-std::vector<char> folded_doublings(const Flow& flow);
-
-// The least M up to `largest` such that |c| is the cosine or sine of 2*pi*k/M, or 0; 0.5 is asked for apart.
-int root_order(Real c, int largest);
 
 }  // namespace xfm::rdft

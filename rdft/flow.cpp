@@ -86,12 +86,21 @@ Network network(const FlowPlan& made) {
   return net;
 }
 
+// By node the nodes that use it, once for each term.
+using Users = std::vector<std::vector<int>>;
+Users users_in(const Flow& flow) {
+  Users users(flow.graph.size());
+  for (int i : live_nodes(flow.graph, flow.outputs))
+    for (const Term& t : flow.graph[i].terms) users[t.ref.node].push_back(i);
+  return users;
+}
+
 // Finds the sums of held values that may stand in double precision: chains of additions used as operand of a constant
 // product only, all of whose terms are widened elsewhere anyway.
 class WideSumFinder {
  public:
-  WideSumFinder(const Flow& flow, const FlowPlan& made)
-      : flow_(flow), made_(made), users_(users(flow)), widened_(flow.graph.size()), output_(flow.graph.size()) {
+  WideSumFinder(const Flow& flow, const FlowPlan& made, const Users& users)
+      : flow_(flow), made_(made), users_(users), widened_(flow.graph.size()), output_(flow.graph.size()) {
     for (Ref r : flow.outputs) output_[r.node] = 1;
     for (int i : live_nodes(flow.graph, flow.outputs)) {
       live_.push_back(i);
@@ -150,15 +159,15 @@ class WideSumFinder {
 
   const Flow& flow_;
   const FlowPlan& made_;
-  std::vector<std::vector<int>> users_;
+  const Users& users_;
   std::vector<char> widened_, output_;
   std::vector<int> live_;
 };
 
-void choose_wide_sums(Flow& flow, const FlowPlan& made) {
+void choose_wide_sums(Flow& flow, const FlowPlan& made, const Users& users) {
   std::vector<int> wanted = made.wide.additions;
   if (wanted.empty()) return;
-  for (const std::vector<int>& chain : WideSumFinder(flow, made).chains()) {
+  for (const std::vector<int>& chain : WideSumFinder(flow, made, users).chains()) {
     int additions = 0;
     for (int i : chain) additions += static_cast<int>(flow.graph[i].terms.size()) - 1;
     const auto want = std::find(wanted.begin(), wanted.end(), additions);
@@ -169,6 +178,19 @@ void choose_wide_sums(Flow& flow, const FlowPlan& made) {
   if (!wanted.empty()) throw InputError("no sum of " + std::to_string(wanted[0]) + " additions can stand in double");
 }
 
+// The bins but those that are real stand for their conjugates too.
+void mark_doublings(Flow& flow, const Users& users) {
+  const int length = static_cast<int>(flow.outputs.size());
+  for (int i : live_nodes(flow.graph, flow.outputs)) {
+    if (flow.graph[i].kind != Node::Kind::Input) continue;
+    const int cell = flow.graph[i].cells[0];
+    flow.doubled[cell] = cell > 0 && !(length % 2 == 0 && cell == length - 1);
+    if (!flow.doubled[cell] || users[i].size() != 1) continue;
+    for (const Term& t : flow.graph[users[i][0]].terms)
+      if (t.ref.node == i) flow.folded[cell] = !t.coef.unit();
+  }
+}
+
 }  // namespace
 
 Flow make_flow(const FlowPlan& made) {
@@ -176,19 +198,13 @@ Flow make_flow(const FlowPlan& made) {
   Flow flow;
   flow.graph = merge_constants(net.graph, net.outputs);
   flow.outputs = net.outputs;
-  flow.wide.resize(flow.graph.size());
-  flow.doubled.resize(made.length);
-  if (made.family == Family::Inverse)
-    for (int cell = 1; cell < made.length - (made.length % 2 == 0); ++cell) flow.doubled[cell] = 1;
-  choose_wide_sums(flow, made);
+  for (std::vector<char>* by_node : {&flow.wide, &flow.open}) by_node->resize(flow.graph.size());
+  for (std::vector<char>* by_cell : {&flow.doubled, &flow.folded}) by_cell->resize(made.length);
+  const Users users = users_in(flow);
+  for (Ref r : flow.outputs) flow.open[r.node] = flow.graph[r.node].has_products() && users[r.node].empty();
+  if (made.family == Family::Inverse) mark_doublings(flow, users);
+  choose_wide_sums(flow, made, users);
   return flow;
-}
-
-std::vector<std::vector<int>> users(const Flow& flow) {
-  std::vector<std::vector<int>> table(flow.graph.size());
-  for (int i : live_nodes(flow.graph, flow.outputs))
-    for (const Term& t : flow.graph[i].terms) table[t.ref.node].push_back(i);
-  return table;
 }
 
 }  // namespace xfm::rdft

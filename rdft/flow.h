@@ -33,16 +33,17 @@ struct Flow {
   Graph graph;
   std::vector<Ref> outputs;   // in spectrum order (forward) or sample order; a turn of 2 is a negated cell
   std::vector<char> doubled;  // inverse: by input cell, whether the bin stands for its conjugate too
+  std::vector<char> folded;   // of these, whether the one constant that the value meets takes the factor 2
   std::vector<char> wide;     // by node: a sum that stands in double precision
+  std::vector<char> open;     // by node: an expression that ends a cell and nothing else, so not narrowed before the scale
 
   // A node that is one double expression in the single-precision kernel.
   bool is_wide(int node) const { return wide[node] || graph[node].has_products(); }
+  // One that is not narrowed where it ends.
+  bool stays_open(int node) const { return wide[node] || open[node]; }
 };
 
 // Throws InputError if a stated sum in double has no candidate.
 Flow make_flow(const FlowPlan& plan);
-
-// By node of the flow, the nodes that use it; a node occurs once for each term.
-std::vector<std::vector<int>> users(const Flow& flow);
 
 }  // namespace xfm::rdft

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "generator/passes.h"
-#include "rdft/counts.h"
+#include "rdft/flow.h"
 #include "rdft/layout.h"
 
 namespace xfm::rdft {
@@ -16,10 +16,7 @@ namespace xfm::rdft {
 template <class T>
 class FlowInterpreter {
  public:
-  explicit FlowInterpreter(const Flow& flow)
-      : flow_(flow), live_(live_nodes(flow.graph, flow.outputs)), stays_open_(open_cells(flow)) {
-    for (int i : live_) stays_open_[i] = stays_open_[i] || flow.wide[i];
-  }
+  explicit FlowInterpreter(const Flow& flow) : flow_(flow), live_(live_nodes(flow.graph, flow.outputs)) {}
 
   // The outputs times a scale, in the places that a layout gives them; so are the inputs read.
   std::vector<T> run(std::span<const T> source, Layout from, Layout to, T scale) const {
@@ -31,7 +28,7 @@ class FlowInterpreter {
         const T loaded = source[position(from, n, node.cells[0])];
         values[i] = flow_.doubled[node.cells[0]] ? 2 * loaded : loaded;
       } else {
-        values[i] = !flow_.is_wide(i) ? sum<T>(node, values) : rounded(sum<double>(node, values), stays_open_[i]);
+        values[i] = !flow_.is_wide(i) ? sum<T>(node, values) : rounded(sum<double>(node, values), flow_.stays_open(i));
       }
     }
     const std::vector<int> zeros = zero_positions(to, n);
@@ -39,7 +36,8 @@ class FlowInterpreter {
     for (int place = 0; place < n; ++place) {
       const Ref r = flow_.outputs[place];
       const bool negated = r.turn == 2;
-      target[position(to, n, place)] = stays_open_[r.node] ? scaled<double>(values[r.node], scale, negated) : scaled<T>(values[r.node], scale, negated);
+      const double value = values[r.node];
+      target[position(to, n, place)] = flow_.stays_open(r.node) ? scaled<double>(value, scale, negated) : scaled<T>(value, scale, negated);
     }
     return target;
   }
@@ -70,7 +68,6 @@ class FlowInterpreter {
 
   const Flow& flow_;
   const std::vector<int> live_;
-  std::vector<char> stays_open_;
 };
 
 }  // namespace xfm::rdft

@@ -99,8 +99,7 @@ T chain(Arithmetic& math, const Node& node, Operand operand) {
 class Lowering {
  public:
   Lowering(const Flow& flow, Layout source, Precision precision)
-      : flow_(flow), source_(source), math_(program_, precision), values_(flow.graph.size()),
-        open_(open_cells(flow)), folded_(folded_doublings(flow)) {}
+      : flow_(flow), source_(source), math_(program_, precision), values_(flow.graph.size()) {}
 
   Program run(Layout target) {
     for (int i : live_nodes(flow_.graph, flow_.outputs)) values_[i] = value(i);
@@ -116,7 +115,7 @@ class Lowering {
     if (node.kind == Node::Kind::Input) return input(node.cells[0]);
     if (!flow_.is_wide(i)) return chain<Held>(math_, node, [&](const Term& t) { return held(t.ref.node); });
     const Open sum = chain<Open>(math_, node, [&](const Term& t) { return operand(t); });
-    if (flow_.wide[i] || open_[i]) return sum;
+    if (flow_.stays_open(i)) return sum;
     math_.set_label(node.label, "narrow");
     return math_.narrow(sum);
   }
@@ -124,7 +123,7 @@ class Lowering {
   Held input(int place) {
     math_.set_label({}, "");
     const Held loaded = math_.load(position(source_, static_cast<int>(flow_.outputs.size()), place));
-    return flow_.doubled[place] && !folded_[place] ? math_.twice(loaded) : loaded;
+    return flow_.doubled[place] && !flow_.folded[place] ? math_.twice(loaded) : loaded;
   }
 
   Held held(int node) const {
@@ -136,7 +135,7 @@ class Lowering {
     const Value& v = *values_[t.ref.node];
     const Node& node = flow_.graph[t.ref.node];
     const Open a = std::holds_alternative<Open>(v) ? std::get<Open>(v) : math_.widen(std::get<Held>(v), node.label);
-    const bool folded = node.kind == Node::Kind::Input && folded_[node.cells[0]];
+    const bool folded = node.kind == Node::Kind::Input && flow_.folded[node.cells[0]];
     if (t.coef.unit()) return a;
     return math_.product(folded ? 2 * t.coef.lane(0) : t.coef.lane(0), a);
   }
@@ -160,7 +159,6 @@ class Lowering {
   Program program_;
   Arithmetic math_;
   std::vector<std::optional<Value>> values_;
-  std::vector<char> open_, folded_;
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "rdft/rows.h"
 
+#include <map>
+
 #include "flows/rows.h"
 #include "generator/check.h"
 #include "generator/functions.h"
@@ -11,48 +13,40 @@ namespace {
 
 constexpr int kLargestButterfly = 8;
 
-struct CountColumn {
-  std::string name;
-  int FlowCounts::*count;
-};
+using C = FlowCounts;
+const std::map<std::string, int C::*> kCounts = {{"Add", &C::additions},
+                                                 {"Mul", &C::multiplications},
+                                                 {"Doublings", &C::doublings},
+                                                 {"Folded doublings", &C::folded_doublings},
+                                                 {"Non-root", &C::non_root},
+                                                 {"32f single add", &C::single_additions},
+                                                 {"32f double add", &C::double_additions},
+                                                 {"Widen", &C::widenings},
+                                                 {"Narrow", &C::inner_narrowings},
+                                                 {"Narrow, inner", &C::inner_narrowings},
+                                                 {"Narrow, last", &C::last_narrowings}};
 
 struct TableOf {
-  const char* file;
-  const char* dispatcher;  // whose sizes the table has
-  std::vector<CountColumn> counts;
-  std::vector<std::string> plan;  // the columns that make the flow
+  std::string file;
+  std::string dispatcher;  // whose sizes the table has
+  std::vector<std::string> columns;
 };
 
 const TableOf& table_of(Family family) {
-  using C = FlowCounts;
-  static const std::map<Family, TableOf> tables = [] {
-    const CountColumn add{"Add", &C::additions}, mul{"Mul", &C::multiplications}, non_root{"Non-root", &C::non_root},
-        single{"32f single add", &C::single_additions}, wide{"32f double add", &C::double_additions}, widen{"Widen", &C::widenings};
-    return std::map<Family, TableOf>{
-        {Family::Forward,
-         {"real_forward_plans.tsv", "xfmgDFTFwd_RToCCS_32f",
-          {add, mul, non_root, single, wide, widen, {"Narrow, inner", &C::inner_narrowings}, {"Narrow, last", &C::last_narrowings}},
-          {"Plan", "Numbering", "Sums in double"}}},
-        {Family::Inverse,
-         {"real_inverse_plans.tsv", "xfmgDFTInv_CCSToR_32f",
-          {add, mul, {"Doublings", &C::doublings}, {"Folded doublings", &C::folded_doublings}, non_root, single, wide, widen,
-           {"Narrow", &C::inner_narrowings}},
-          {"Plan", "Sums in double"}}},
-        {Family::Hartley,
-         {"hartley_plans.tsv", "xfmgHartley_32f", {add, mul, non_root, single, wide, widen, {"Narrow", &C::inner_narrowings}},
-          {"Plan", "Form", "Sums in double"}}}};
-  }();
+  static const std::map<Family, TableOf> tables = {
+      {Family::Forward,
+       {"real_forward_plans.tsv", "xfmgDFTFwd_RToCCS_32f",
+        {"N", "Add", "Mul", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow, inner", "Narrow, last", "Plan",
+         "Numbering", "Sums in double"}}},
+      {Family::Inverse,
+       {"real_inverse_plans.tsv", "xfmgDFTInv_CCSToR_32f",
+        {"N", "Add", "Mul", "Doublings", "Folded doublings", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow",
+         "Plan", "Sums in double"}}},
+      {Family::Hartley,
+       {"hartley_plans.tsv", "xfmgHartley_32f",
+        {"N", "Add", "Mul", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow", "Plan", "Form",
+         "Sums in double"}}}};
   return tables.at(family);
-}
-
-std::vector<std::string> columns(const TableOf& table) {
-  std::vector<std::string> all{"N"};
-  for (const CountColumn& column : table.counts) {
-    if (column.name == "Non-root") all.push_back("Roots");
-    all.push_back(column.name);
-  }
-  all.insert(all.end(), table.plan.begin(), table.plan.end());
-  return all;
 }
 
 // "5,2,2 shared loads" or "-".
@@ -86,20 +80,16 @@ FlowPlan read_plan(const TableRow& row, Family family, const PlanBlocks& blocks)
   return made;
 }
 
-std::string roots_text(const std::set<int>& roots) {
-  std::string text;
-  for (int m : roots) text += (text.empty() ? "" : " ") + std::to_string(m);
-  return text.empty() ? "-" : text;
-}
-
-void compare(const TableRow& row, const TableOf& table, const FlowCounts& counts) {
+void compare(const TableRow& row, const FlowCounts& counts) {
   std::string departures;
-  const auto hold = [&](const std::string& column, const std::string& stated, const std::string& got) {
-    if (stated != got) departures += "; column " + column + ": the row has " + stated + ", the flow " + got;
+  const auto hold = [&](const std::string& column, const std::string& got) {
+    if (row[column] != got) departures += "; column " + column + ": the row has " + row[column] + ", the flow " + got;
   };
-  for (const CountColumn& column : table.counts)
-    hold(column.name, std::to_string(stated_count(row, column.name).built), std::to_string(counts.*column.count));
-  hold("Roots", row["Roots"], roots_text(counts.roots));
+  for (const auto& [column, count] : kCounts)
+    if (row.has(column)) hold(column, std::to_string(counts.*count));
+  std::string roots;
+  for (int m : counts.roots) roots += (roots.empty() ? "" : " ") + std::to_string(m);
+  hold("Roots", roots.empty() ? "-" : roots);
   if (!departures.empty()) row.fail("N = " + row["N"] + departures);
   if (!row.has("Narrow, last") && counts.last_narrowings) row.fail("N = " + row["N"] + ": a cell ends in an open double expression");
 }
@@ -109,11 +99,11 @@ void compare(const TableRow& row, const TableOf& table, const FlowCounts& counts
 std::string table_name(Family family) { return table_of(family).file; }
 
 std::vector<Row> read_rows(const std::filesystem::path& plans, Family family) {
-  const TableOf& columns_of = table_of(family);
+  const TableOf& from = table_of(family);
   const FunctionList functions = FunctionList::read(plans / "functions.tsv");
   const PlanBlocks blocks = read_blocks(plans / "real_blocks.tsv", kLargestButterfly);
-  const Table table = Table::read(plans / columns_of.file, columns(columns_of));
-  const std::vector<const Function*> kernels = functions.kernels(columns_of.dispatcher);
+  const Table table = Table::read(plans / from.file, from.columns);
+  const std::vector<const Function*> kernels = functions.kernels(from.dispatcher);
   std::vector<Row> rows;
   for (const TableRow& row : table.rows()) {
     if (rows.size() == kernels.size()) row.fail("no function has this length");
@@ -122,7 +112,7 @@ std::vector<Row> read_rows(const std::filesystem::path& plans, Family family) {
     const FlowPlan plan = read_plan(row, family, blocks);
     Flow flow = in_row(row, [&] { return make_flow(plan); });
     FlowCounts counts = count_flow(flow);
-    compare(row, columns_of, counts);
+    compare(row, counts);
     rows.push_back({plan.length, row["Plan"], std::move(flow), std::move(counts)});
   }
   if (rows.size() != kernels.size())

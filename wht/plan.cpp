@@ -1,6 +1,5 @@
 #include "wht/plan.h"
 
-#include <charconv>
 #include <numeric>
 
 namespace xfm::wht {
@@ -24,9 +23,8 @@ Inside levels_inside(const TableRow& row, Type type) {
 std::vector<int> pass_orders(const TableRow& row) {
   std::vector<int> orders;
   for (const std::string& text : split(row["passes"], ' ')) {
-    int order = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), order);
-    if (error != std::errc() || end != text.data() + text.size() || order < 1 || order > kRegisterOrders)
+    const int order = decimal(text).value_or(0);
+    if (order < 1 || order > kRegisterOrders)
       row.fail("passes: \"" + text + "\" is not an order from 1 to 7");
     orders.push_back(order);
   }
