@@ -92,8 +92,9 @@ TEST(GeneratorLowering, ProgramsThatDoNotDoWhatTheirFlowCostsAreRefused) {
   const Row row = read_rows(XFM_PLANS, Family::Forward)[13];  // 15 points: it has all but doublings
   const Program program = lower(row.flow, Layout::Samples, Layout::Pack, Precision::Single);
   EXPECT_NO_THROW(check_lowered(program, row.flow, row.counts, Precision::Single));
-  for (int C::*const count : {&C::single_additions, &C::double_additions, &C::multiplications, &C::doublings, &C::widenings,
-                              &C::inner_narrowings}) {
+  using Count = int C::*;
+  for (const Count count : {Count(&C::single_additions), Count(&C::double_additions), Count(&C::multiplications), Count(&C::doublings),
+                            Count(&C::widenings), Count(&C::inner_narrowings)}) {
     C other = row.counts;
     ++(other.*count);
     EXPECT_THROW(check_lowered(program, row.flow, other, Precision::Single), InternalError);
