@@ -4,7 +4,8 @@
 function(xfm_add_family family)
   cmake_parse_arguments(FAMILY "" "" "SOURCES;NAMES" ${ARGN})
   xfm_kernel_objects(${family} ${FAMILY_SOURCES})
-  foreach(target IN LISTS XFM_TARGETS)
+  xfm_targets_of(targets ${family})
+  foreach(target IN LISTS targets)
     xfm_of_target(objects ${family} ${target})
     target_link_libraries(${objects} PRIVATE xfmcorex64)
   endforeach()
@@ -12,9 +13,10 @@ function(xfm_add_family family)
   set_property(GLOBAL APPEND PROPERTY XFM_FUNCTIONS_PRESENT ${FAMILY_NAMES})
 endfunction()
 
-# xfm_kernel_objects(name [sources...]): an object library for every target, compiled as kernels are.
+# xfm_kernel_objects(name [sources...]): an object library for every target that has its own, compiled as kernels are.
 function(xfm_kernel_objects name)
-  foreach(target IN LISTS XFM_TARGETS)
+  xfm_targets_of(targets ${name})
+  foreach(target IN LISTS targets)
     xfm_of_target(objects ${name} ${target})
     add_library(${objects} OBJECT ${ARGN})
     xfm_compile_as_kernels(${objects} ${target})

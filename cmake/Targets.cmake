@@ -1,5 +1,7 @@
-# The rows of plans/targets.tsv: XFM_TARGETS, those that this build makes, and for each XFM_<name>_LEVEL, _MASK and _FLAGS.
+# The rows of plans/targets.tsv: XFM_TARGETS, those that this build makes, and for each XFM_<name>_LEVEL, _MASK, _FLAGS
+# and _AS_BASE.
 #   xfm_of_target(variable name target): what `name` is called for a target: name itself for the base, name_v3 and so on
+#   xfm_targets_of(variable family): the targets that a family is compiled for; others take the objects of the base
 #   xfm_pin(variable target): the setting of GLIBC_TUNABLES under which the loader takes this target's copy
 set(targets_tsv ${PROJECT_SOURCE_DIR}/plans/targets.tsv)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${targets_tsv})
@@ -15,6 +17,8 @@ foreach(row IN LISTS rows)
   list(GET cells 2 XFM_${name}_MASK)
   list(GET cells 3 flags)
   separate_arguments(XFM_${name}_FLAGS UNIX_COMMAND "${flags}")
+  list(GET cells 11 families)
+  separate_arguments(XFM_${name}_AS_BASE UNIX_COMMAND "${families}")
 endforeach()
 
 list(GET XFM_ALL_TARGETS 0 XFM_BASE)
@@ -36,6 +40,16 @@ function(xfm_of_target variable name target)
     string(APPEND name _${target})
   endif()
   set(${variable} ${name} PARENT_SCOPE)
+endfunction()
+
+function(xfm_targets_of variable family)
+  set(targets)
+  foreach(target IN LISTS XFM_TARGETS)
+    if(NOT family IN_LIST XFM_${target}_AS_BASE)
+      list(APPEND targets ${target})
+    endif()
+  endforeach()
+  set(${variable} ${targets} PARENT_SCOPE)
 endfunction()
 
 function(xfm_pin variable target)

@@ -1,11 +1,12 @@
 # Units: files of generated kernels.
 #   xfm_add_unit(family unit DRIVER program [ARGS ...] [DEPENDS tables...] [REPORTS files...] [BY_TARGET])
-# has the program write <unit>.cpp and compiles it into the family's objects for every target. What depends on the target
-# says BY_TARGET and is written for each; the text is written once otherwise. In ARGS and REPORTS `<target>` stands for the
-# target's name, `<reports>` for the folder of its reports.
+# has the program write <unit>.cpp and compiles it into the family's objects for every target that has its own.
+# What depends on the target says BY_TARGET and is written for each; the text is written once otherwise. In ARGS and REPORTS
+# `<target>` stands for the target's name, `<reports>` for the folder of its reports.
 function(xfm_add_unit family unit)
   cmake_parse_arguments(UNIT "BY_TARGET" "DRIVER" "ARGS;DEPENDS;REPORTS" ${ARGN})
-  foreach(target IN LISTS XFM_TARGETS)
+  xfm_targets_of(targets ${family})
+  foreach(target IN LISTS targets)
     xfm_of_target(objects ${family} ${target})
     if(UNIT_BY_TARGET OR target STREQUAL XFM_BASE)
       xfm_generate(output ${unit} ${target} DRIVER ${UNIT_DRIVER} ARGS ${UNIT_ARGS} DEPENDS ${UNIT_DEPENDS}

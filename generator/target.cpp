@@ -30,7 +30,7 @@ bool Target::admits(const std::string& set) const { return std::ranges::find(set
 
 std::vector<Target> read_targets(const std::string& path) {
   const Table table = Table::read(path, {"name", "level", "mask", "flags", "sets", "registers", "widest", "blend", "shuffle",
-                                         "permute", "permute2"});
+                                         "permute", "permute2", "as_base"});
   std::vector<Target> targets;
   for (const TableRow& row : table.rows()) {
     if (std::ranges::any_of(targets, [&](const Target& t) { return t.name == row["name"]; })) row.fail("this target has a row already");
