@@ -3,7 +3,7 @@
 namespace xfm::dft {
 
 std::vector<Ref> half_spectrum_block(Graph& g, const Plan& plan, std::span<const Ref> x, int sign) {
-  HalfSpectra flow(g, {});
+  HalfSpectra flow(g, Convention::Complex);
   return joined<Physical>(Physical{g}, x, [&](std::span<const Ref> part) { return flow.with_sign(plan, part, sign); });
 }
 

@@ -13,9 +13,7 @@ namespace {
 
 Counts counts_on_one_lane(const ComplexPlan& plan, int sign) {
   const LanedTransform plain = laned_transform(plan, sign, 1, Placement::Nested);
-  std::vector<Ref> outputs;
-  for (const Point& p : plain.outputs) outputs.push_back(p.ref);
-  const Counts complex = count(plain.graph, outputs);
+  const Counts complex = count(plain.graph, refs_of(plain.outputs));
   return {2 * complex.additions, 2 * complex.multiplications};
 }
 
@@ -41,13 +39,6 @@ double estimate(const ComplexBody& body) { return port_use(body.program).estimat
 // product of both decides.
 double preference(const ComplexBody& body) { return estimate(body) * cycles_per_call(body.program, schedule(body.program)); }
 
-template <class F>
-const ComplexBody& least(const std::vector<ComplexBody>& bodies, F measure) {
-  std::vector<double> values;
-  for (const ComplexBody& b : bodies) values.push_back(measure(b));
-  return bodies[std::min_element(values.begin(), values.end()) - values.begin()];
-}
-
 }  // namespace
 
 ComplexBody complex_body(const ComplexRow& row, int sign, const Choice& choice) {
@@ -63,9 +54,9 @@ ComplexBody complex_body(const ComplexRow& row, int sign, const Choice& choice) 
       bodies.push_back({form->lower(t.graph, t.outputs, form->type), form, placement, counts});
     }
   }
-  const WorkingForm* form = least(bodies, estimate).form;
+  const WorkingForm* form = std::ranges::min_element(bodies, {}, estimate)->form;
   std::erase_if(bodies, [&](const ComplexBody& b) { return b.form != form; });
-  return bodies.size() == 1 ? bodies[0] : least(bodies, preference);
+  return bodies.size() == 1 ? bodies[0] : *std::ranges::min_element(bodies, {}, preference);
 }
 
 std::string describe(const ComplexBody& body) {

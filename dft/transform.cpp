@@ -32,8 +32,7 @@ class Builder {
     for (int n = 0; n < plan_.length; ++n) x.push_back({{}, n});
     LanedTransform made;
     for (const Spot& p : transform(x)) made.outputs.push_back(p);
-    std::vector<Ref> refs;
-    for (const Point& p : made.outputs) refs.push_back(p.ref);
+    std::vector<Ref> refs = refs_of(made.outputs);
     made.graph = turn_products(merge_constants(g_, refs), refs);
     for (size_t k = 0; k < refs.size(); ++k) made.outputs[k].ref = refs[k];
     return made;

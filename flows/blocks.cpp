@@ -17,17 +17,19 @@ Pair Pairs::turned(Pair a, int quarters) const {
   }
 }
 
+// The sums of the parts are multiplied in complex kernels, where they are those of one rotation and the others quarter turns
+// of it; in real kernels products come before the sum.
 Pair Pairs::eighths(Pair a, int odd) const {
   const Real half_root = square_root(Real(0.5));
   const auto scaled = [&](Ref v) { return g.scale(half_root, v); };
   const int c = odd == 1 || odd == 7 ? 1 : -1, s = odd < 4 ? 1 : -1;
   const auto re = [&](Pair z) { return g.lin({{c, z.re}, {-s, z.im}}); };
   const auto im = [&](Pair z) { return g.lin({{c, z.im}, {s, z.re}}); };
-  if (conventions.eighth == Conventions::Eighth::SumsFirst)
+  if (convention == Convention::Transposed)
     return parts([&] { return scaled(re(a)); }, [&] { return scaled(im(a)); });
-  if (conventions.eighth == Conventions::Eighth::Turned) a = add(a, turned(a, 1));
+  if (convention == Convention::Complex) a = add(a, turned(a, 1));
   const Pair products = parts([&] { return scaled(a.re); }, [&] { return scaled(a.im); });
-  if (conventions.eighth == Conventions::Eighth::Turned) return turned(products, odd / 2);
+  if (convention == Convention::Complex) return turned(products, odd / 2);
   return parts([&] { return re(products); }, [&] { return im(products); });
 }
 

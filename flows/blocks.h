@@ -26,25 +26,13 @@ struct ComplexNumber {
   friend bool operator==(const ComplexNumber& a, const ComplexNumber& b) { return is_zero(a.re - b.re) && is_zero(a.im - b.im); }
 };
 
-// What flows of the same plan may do in different ways. The counts are the same; last bits and signs of zeros are not.
-struct Conventions {
-  // By its odd multiple of an eighth turn a pair is rotated with the factor sqrt(1/2) on its parts or on their sums.
-  // `Turned`: the sums are those of one rotation, the others quarter turns of it.
-  enum class Eighth { Turned, SumsFirst, ProductsFirst } eighth = Eighth::Turned;
-  bool centre_last = false;  // bin 0 of an odd prime: x[0] is added last
-  bool signed_sines = false;  // imaginary parts of an odd prime: the signs stand in the sum, not before it
-  // The second transform of Rader's method: a network of the wanted bins alone, made apart, so that its signs come from itself
-  // and not from the values it is fed with.
-  bool apart = false;
-  bool centred = false;      // twiddles of complex rows: bins above half a class turn backwards, by the smaller angle
+// Flows of the same plan go different ways in complex and in real kernels: the counts are the same, last bits and signs of
+// zeros are not. `Transposed`: so that a network is as in real kernels once it has been transposed.
+enum class Convention { Complex, Real, Transposed };
 
-  // For a network that is going to be transposed, so that the same holds after that.
-  Conventions transposed() const {
-    Conventions other = *this;
-    if (eighth != Eighth::Turned) other.eighth = eighth == Eighth::SumsFirst ? Eighth::ProductsFirst : Eighth::SumsFirst;
-    return other;
-  }
-};
+inline Convention transposed(Convention c) {
+  return c == Convention::Real ? Convention::Transposed : c == Convention::Transposed ? Convention::Real : c;
+}
 
 struct Physical {
   using Value = Ref;
@@ -77,7 +65,7 @@ struct Pair {
 struct Pairs {
   using Value = Pair;
   Graph& g;
-  Conventions conventions = {};
+  Convention convention = Convention::Complex;
 
   Pair add(Pair a, Pair b) const {
     return parts([&] { return g.add(a.re, b.re); }, [&] { return g.add(a.im, b.im); });
@@ -88,7 +76,7 @@ struct Pairs {
     return parts([&] { return g.lin({{c.re, a.re}, {-c.im, a.im}}); }, [&] { return g.lin({{c.re, a.im}, {c.im, a.re}}); });
   }
   Pair eighths(Pair a, int odd) const;
-  bool centred() const { return conventions.centred; }
+  bool centred() const { return convention != Convention::Complex; }
   const Plan& in_row(const Plan& plan, bool) const { return plan.in_complex_rows(); }
   template <class F>
   std::vector<Pair> by_components(std::span<const Pair> x, F f) const {
@@ -159,7 +147,7 @@ struct LinkMap {
   ComplexNumber twiddle(int sign, int j, int k1) const {
     return ComplexNumber::root(twiddles ? sign * j * bin(k1) : 0, length());
   }
-  // The bin of a class that row k1 stands for.
+  // The bin of a class that row k1 stands for. Centred, those above half a class turn backwards, by the smaller angle.
   int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
   int output(int k1, int k2) const {
     if (twiddles) return residue(bin(k1) + a * k2, length());

@@ -89,30 +89,31 @@ Half HalfSpectra::odd_of_eight(std::span<const Ref> d) {
   return bins.take();
 }
 
-// Every bin straight from its definition: cosines times x[m] + x[p-m], sines times x[m] - x[p-m].
+// Every bin straight from its definition: cosines times x[m] + x[p-m], sines times x[m] - x[p-m]. In real kernels x[0] is added
+// to bin 0 last, and the signs of sines stand in the sum, not before it.
 Half HalfSpectra::direct(std::span<const Ref> x, int sign) {
   const int p = static_cast<int>(x.size()), h = p / 2;
-  const Conventions& c = pairs_.conventions;
+  const bool complex_kernel = for_complex_kernel();
   std::vector<Ref> u(h + 1), v(h + 1);
   std::vector<Term> dc;
-  if (!c.centre_last) dc.push_back({1, x[0]});
+  if (complex_kernel) dc.push_back({1, x[0]});
   for (int m = 1; m <= h; ++m) {
     const Graph::Loop pair(g_, "pair", m);
     u[m] = g_.add(x[m], x[p - m]);
     v[m] = g_.sub(x[m], x[p - m]);
     dc.push_back({1, u[m]});
   }
-  if (c.centre_last) dc.push_back({1, x[0]});
+  if (!complex_kernel) dc.push_back({1, x[0]});
   Half bins{{g_.lin(dc), {}}};
   for (int k = 1; k <= h; ++k) {
     const Graph::Loop bin(g_, "bin", k);
     std::vector<Term> re{{1, x[0]}}, im;
     for (int m = 1; m <= h; ++m) {
       re.push_back({cos_turn(k * m, p), u[m]});
-      im.push_back({(c.signed_sines ? sign : 1) * sin_turn(k * m, p), v[m]});
+      im.push_back({(complex_kernel ? 1 : sign) * sin_turn(k * m, p), v[m]});
     }
     const Ref cosines = g_.lin(re), sines = g_.lin(im);
-    bins.push_back({cosines, c.signed_sines || sign > 0 ? sines : -sines});
+    bins.push_back({cosines, complex_kernel && sign < 0 ? -sines : sines});
   }
   return bins;
 }
@@ -140,7 +141,7 @@ Half HalfSpectra::halves(const Plan& plan, std::span<const Ref> x, Wanted wanted
 
 Half HalfSpectra::linked(const Plan& plan, std::span<const Ref> x, Wanted wanted) {
   const LinkMap map(plan);
-  if (map.a % 2 == 1 || !pairs_.conventions.apart) wanted = Wanted::All;  // the parity of a bin is that of its row for even a only
+  if (map.a % 2 == 1 || for_complex_kernel()) wanted = Wanted::All;  // the parity of a bin is that of its row for even a only
   std::vector<Half> u;
   for (const std::vector<Ref>& in : map.classes(x)) {
     const Graph::Loop loop(g_, "class", static_cast<int>(u.size()));
@@ -197,31 +198,8 @@ void HalfSpectra::middle_row(const Plan& second, std::span<const Ref> row, const
   }
 }
 
-namespace {
-
-// Repeats a network in another graph on given values.
-std::vector<Ref> placed(const Graph& network, std::span<const Ref> outputs, Graph& target, std::span<const Ref> feed) {
-  std::vector<Ref> made(network.size());
-  for (int i : live_nodes(network, outputs)) {
-    const Node& node = network[i];
-    if (node.kind == Node::Kind::Input) {
-      made[i] = feed[node.cells[0]];
-      continue;
-    }
-    std::vector<Term> terms = node.terms;
-    for (Term& t : terms) t.ref = made[t.ref.node].turned(t.ref.turn);
-    const Graph::Loop loop(target, node.label);
-    made[i] = target.lin(terms);
-  }
-  std::vector<Ref> result;
-  for (Ref r : outputs) result.push_back(made[r.node].turned(r.turn));
-  return result;
-}
-
-}  // namespace
-
-// The even or the odd part of the real sequence with these bins: the forward network of such bins, transposed. The
-// transpose takes its signs from the network alone, not from the values it is fed with: it is made apart first.
+// The even or the odd part of the real sequence with these bins: the forward network of such bins, transposed. In real
+// kernels the transpose takes its signs from the network alone, not from the values it is fed with: it is made apart first.
 std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spectrum, Wanted wanted) {
   const int m = static_cast<int>(spectrum.size()) - 1;
   const auto input = [&](Graph& g, int i) { return g.input(std::vector<int>(g.lanes(), i)); };
@@ -230,7 +208,7 @@ std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spe
   std::vector<int> ends;
   for (int i = 0; i < m; ++i) in.push_back(input(network, i)), ends.push_back(in.back().node);
 
-  HalfSpectra flow(network, pairs_.conventions.transposed());
+  HalfSpectra flow(network, xfm::transposed(pairs_.convention));
   const bool even_half = wanted == Wanted::All && plan.kind == Plan::Kind::Halves;
   const Half bins = even_half ? flow.real(plan.first(), in) : flow.real(plan, with_zeros(in), wanted);
   std::vector<Ref> outputs, feed, placeholders;
@@ -240,7 +218,7 @@ std::vector<Ref> HalfSpectra::second_transform(const Plan& plan, const Half& spe
     if (bin.im) outputs.push_back(bin.im), feed.push_back(spectrum[k].im);
   }
   for (size_t i = 0; i < feed.size(); ++i) placeholders.push_back(input(transposed, static_cast<int>(i)));
-  if (!pairs_.conventions.apart) return transpose(network, ends, outputs, g_, feed);
+  if (for_complex_kernel()) return transpose(network, ends, outputs, g_, feed);
   return placed(transposed, transpose(network, ends, outputs, transposed, placeholders), g_, feed);
 }
 

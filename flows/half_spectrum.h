@@ -18,7 +18,7 @@ using Half = std::vector<Pair>;  // bins 0..N/2
 
 class HalfSpectra {
  public:
-  HalfSpectra(Graph& g, const Conventions& conventions) : g_(g), pairs_{g, conventions} {}
+  HalfSpectra(Graph& g, Convention convention) : g_(g), pairs_{g, convention} {}
 
   enum class Wanted { All, Odd };  // bins that are not wanted may be left out
   Half real(const Plan& plan, std::span<const Ref> x, Wanted wanted = Wanted::All);
@@ -42,6 +42,8 @@ class HalfSpectra {
     const Graph::Loop loop(g_, name);
     return make();
   }
+
+  bool for_complex_kernel() const { return pairs_.convention == Convention::Complex; }
 
   Graph& g_;
   Pairs pairs_;

@@ -46,6 +46,12 @@ Coef operator+(const Coef& a, const Coef& b) {
   return Coef(std::move(lanes));
 }
 
+std::vector<Ref> refs_of(std::span<const Point> points) {
+  std::vector<Ref> refs;
+  for (const Point& p : points) refs.push_back(p.ref);
+  return refs;
+}
+
 bool Node::has_products() const {
   return std::any_of(terms.begin(), terms.end(), [](const Term& t) { return !t.coef.unit(); });
 }

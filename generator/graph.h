@@ -66,6 +66,9 @@ struct Point {
   int lane = 0;
 };
 
+// The values that points are lanes of.
+std::vector<Ref> refs_of(std::span<const Point> points);
+
 struct Node {
   enum class Kind { Input, Sum, Regroup };
   Kind kind;

@@ -22,7 +22,7 @@ class InterleavedLowering {
   }
 
   Program run(std::span<const Point> outputs) {
-    const std::vector<int> live = live_nodes(g_, outputs);
+    const std::vector<int> live = live_nodes(g_, refs_of(outputs));
     LoadedButterflies butterflies{{}, std::vector<char>(g_.size())};
     if (type_ == Type::F32x4) butterflies = find_loaded_butterflies(g_, live, outputs);
     for (int i : live) {

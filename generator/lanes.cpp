@@ -8,12 +8,6 @@
 
 namespace xfm {
 
-std::vector<int> live_nodes(const Graph& graph, std::span<const Point> outputs) {
-  std::vector<Ref> refs;
-  for (const Point& p : outputs) refs.push_back(p.ref);
-  return live_nodes(graph, refs);
-}
-
 int negated(Program& program, int value) {
   const Inst inst = program.insts()[value];
   const bool product = inst.op == Op::Mul && program.insts()[inst.b].op == Op::Constant;
@@ -131,7 +125,7 @@ class ScalarLowering {
   explicit ScalarLowering(const Graph& g) : g_(g), parts_(g.size()) {}
 
   Program run(std::span<const Point> outputs) {
-    for (int i : live_nodes(g_, outputs)) {
+    for (int i : live_nodes(g_, refs_of(outputs))) {
       if (g_[i].kind == Node::Kind::Input) {
         const int cell = 2 * g_[i].cells[0];
         parts_[i] = {p_.emit({.op = Op::Load, .type = Type::F32, .cell = cell}),
@@ -181,7 +175,7 @@ class SplitLowering {
   explicit SplitLowering(const Graph& g) : g_(g), parts_(g.size()) { check(g.lanes() == 4, "the split form has four lanes"); }
 
   Program run(std::span<const Point> outputs) {
-    for (int i : live_nodes(g_, outputs)) {
+    for (int i : live_nodes(g_, refs_of(outputs))) {
       switch (g_[i].kind) {
         case Node::Kind::Input: parts_[i] = loaded(g_[i].cells); break;
         case Node::Kind::Sum: parts_[i] = sum(g_[i]); break;

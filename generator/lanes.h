@@ -21,9 +21,6 @@ Program lower_scalar(const Graph& graph, std::span<const Point> outputs);
 Program lower_split(const Graph& graph, std::span<const Point> outputs);
 Program lower_interleaved(const Graph& graph, std::span<const Point> outputs, Type type);
 
-// The nodes that reach an output, in creation order.
-std::vector<int> live_nodes(const Graph& graph, std::span<const Point> outputs);
-
 // The register that holds the negative of a value, exactly; of a product with a constant that by the negative constant.
 int negated(Program& program, int value);
 // The program without operations that reach no store: products whose negatives took their place.

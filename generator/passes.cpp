@@ -80,16 +80,15 @@ std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::spa
 
 namespace {
 
-// The graph of these nodes with other terms: terms(i, renewed) are those of node i.
-template <class Terms>
-Graph rebuilt(const Graph& g, const std::vector<int>& live, std::vector<Ref>& outputs, const Terms& terms) {
-  Graph out(g.lanes());
+// Makes these nodes again in another graph with other inputs and terms: input(cells), and terms(i, renewed) of node i.
+template <class Input, class Terms>
+void repeat(const Graph& g, const std::vector<int>& live, std::vector<Ref>& outputs, Graph& out, const Input& input, const Terms& terms) {
   std::vector<Ref> made(g.size());
   const auto renewed = [&](Ref r) { return r ? made[r.node].turned(r.turn) : r; };
   for (int i : live) {
     const Node& n = g[i];
     if (n.kind == Node::Kind::Input) {
-      made[i] = out.input(n.cells);
+      made[i] = input(n.cells);
     } else if (n.kind == Node::Kind::Regroup) {
       std::vector<Point> points = n.points;
       for (Point& p : points) p.ref = renewed(p.ref);
@@ -101,7 +100,20 @@ Graph rebuilt(const Graph& g, const std::vector<int>& live, std::vector<Ref>& ou
     }
   }
   for (Ref& r : outputs) r = renewed(r);
+}
+
+template <class Terms>
+Graph rebuilt(const Graph& g, const std::vector<int>& live, std::vector<Ref>& outputs, const Terms& terms) {
+  Graph out(g.lanes());
+  repeat(g, live, outputs, out, [&](const std::vector<int>& cells) { return out.input(cells); }, terms);
   return out;
+}
+
+// The terms of a node in the graph that is made anew.
+template <class Renewed>
+std::vector<Term> renewed_terms(std::vector<Term> terms, const Renewed& renewed) {
+  for (Term& t : terms) t.ref = renewed(t.ref);
+  return terms;
 }
 
 struct Use {
@@ -145,11 +157,7 @@ class Merger {
   }
 
   Graph result(std::vector<Ref>& outputs) const {
-    return rebuilt(g_, live_, outputs, [&](int i, const auto& renewed) {
-      std::vector<Term> terms = terms_[i];
-      for (Term& t : terms) t.ref = renewed(t.ref);
-      return terms;
-    });
+    return rebuilt(g_, live_, outputs, [&](int i, const auto& renewed) { return renewed_terms(terms_[i], renewed); });
   }
 
  private:
@@ -184,6 +192,13 @@ class Merger {
 };
 
 }  // namespace
+
+std::vector<Ref> placed(const Graph& g, std::vector<Ref> outputs, Graph& target, std::span<const Ref> feed) {
+  const auto input = [&](const std::vector<int>& cells) { return feed[cells[0]]; };
+  const auto terms = [&](int i, const auto& renewed) { return renewed_terms(g[i].terms, renewed); };
+  repeat(g, live_nodes(g, outputs), outputs, target, input, terms);
+  return outputs;
+}
 
 Graph merge_constants(const Graph& g, std::vector<Ref>& outputs) {
   Merger merger(g, outputs);

@@ -27,6 +27,9 @@ int products_with_turns(const Graph& g, std::span<const Ref> outputs);
 std::vector<Ref> transpose(const Graph& g, std::span<const int> inputs, std::span<const Ref> outputs, Graph& target,
                            std::span<const Ref> feed);
 
+// Repeats a network in `target`, on a value of it for each input cell.
+std::vector<Ref> placed(const Graph& g, std::vector<Ref> outputs, Graph& target, std::span<const Ref> feed);
+
 // A sum of products that is used once, by a constant product, gives its constants to that product. Repeats until nothing
 // moves; `outputs` become those of the result.
 Graph merge_constants(const Graph& g, std::vector<Ref>& outputs);

@@ -65,8 +65,7 @@ class Graphs {
     const ComplexRow& row = complex_.row(precision, f.size);
     const LanedTransform t =
         laned_transform(row.plan, f.scale == ScaleRule::Forward ? -1 : +1, 1, Placement::Nested);
-    std::vector<Ref> outputs;
-    for (const Point& p : t.outputs) outputs.push_back(p.ref);
+    const std::vector<Ref> outputs = refs_of(t.outputs);
     const Counts c = count(t.graph, outputs);
     return {row.text, 2 * c.additions, 2 * c.multiplications, 2 * products_with_turns(t.graph, outputs), digest(t.graph, t.outputs, single, row.widens_products())};
   }

@@ -19,13 +19,14 @@ struct Network {
   }
 };
 
-constexpr Conventions kConventions = {
-    .eighth = Conventions::Eighth::ProductsFirst, .centre_last = true, .signed_sines = true, .apart = true, .centred = true};
+Half spectrum(Network& net, const Plan& plan, Convention convention) {
+  return HalfSpectra(net.graph, convention).real(plan, net.inputs);
+}
 
 // The half spectrum of N real inputs, in spectrum order.
-Network analysis(const Plan& plan, const Conventions& conventions) {
+Network analysis(const Plan& plan, Convention convention) {
   Network net(plan.length);
-  const Half bins = HalfSpectra(net.graph, conventions).real(plan, net.inputs);
+  const Half bins = spectrum(net, plan, convention);
   for (int k = 0; k < static_cast<int>(bins.size()); ++k) {
     net.outputs.push_back(bins[k].re);
     if (!real_bin(k, plan.length)) net.outputs.push_back(bins[k].im);
@@ -35,28 +36,22 @@ Network analysis(const Plan& plan, const Conventions& conventions) {
 
 // The transposed network, fed with values of `target` in spectrum order.
 std::vector<Ref> synthesis(const Plan& plan, Graph& target, std::span<const Ref> feed) {
-  const Network net = analysis(plan, kConventions.transposed());
+  const Network net = analysis(plan, Convention::Transposed);
   std::vector<int> inputs;
   for (Ref r : net.inputs) inputs.push_back(r.node);
   return transpose(net.graph, inputs, net.outputs, target, feed);
 }
 
 Network hartley_forward(const Plan& plan) {
-  Network net = analysis(plan, kConventions);
   const int n = plan.length;
-  std::vector<Ref> cells(n);
-  size_t at = 0;
+  Network net(n);
+  const Half bins = spectrum(net, plan, Convention::Real);
+  net.outputs.resize(n);
   for (int k = 0; k <= n / 2; ++k) {
-    const Ref re = net.outputs[at++];
-    if (real_bin(k, n)) {
-      cells[k] = re;
-    } else {
-      const Ref im = net.outputs[at++];
-      cells[k] = net.graph.sub(re, im);
-      cells[n - k] = net.graph.add(re, im);
-    }
+    const auto [re, im] = bins[k];
+    net.outputs[k] = real_bin(k, n) ? re : net.graph.sub(re, im);
+    if (!real_bin(k, n)) net.outputs[n - k] = net.graph.add(re, im);
   }
-  net.outputs = cells;
   return net;
 }
 
@@ -78,7 +73,7 @@ Network hartley_transposed(const Plan& plan) {
 
 Network network(const FlowPlan& made) {
   const Plan& plan = made.plan;
-  if (made.family == Family::Forward) return analysis(plan, kConventions);
+  if (made.family == Family::Forward) return analysis(plan, Convention::Real);
   if (made.family == Family::Hartley)
     return made.transposed ? hartley_transposed(plan) : hartley_forward(plan);
   Network net(plan.length);
