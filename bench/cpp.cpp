@@ -4,6 +4,7 @@
 
 #include "bench/benchmark.h"
 #include "bench/cpp_calls.h"
+#include "xfm.hpp"
 
 namespace xfm::bench {
 
@@ -79,6 +80,7 @@ Options defaults() {
 
 }  // namespace
 
-const Benchmark kCpp = {"cpp", "Calls through xfm.hpp beside the C calls.", "lengths known at run time only, as 2-16,32,64", {2, 64}, defaults(), run};
+const Benchmark kCpp = {"cpp", "Calls through xfm.hpp beside the C calls.", "lengths known at run time only, as 2-16,32,64",
+                        {shortest_dft, longest_dft}, defaults(), run};
 
 }  // namespace xfm::bench

@@ -1,4 +1,4 @@
-// The complex, real and Hartley kernels of the lengths 2 to 64 against FFTW, one transform, one thread, calls one behind the
+// The complex, real and Hartley kernels of all lengths against FFTW, one transform, one thread, calls one behind the
 // other on data in the first cache. The columns are
 //
 //   COPY ns          of this library, with xfmScaleNone; then of the other copies and builds asked for, and the ratio to each
@@ -23,7 +23,7 @@
 #include "bench/dft_rivals.h"
 #include "bench/tables.h"
 #include "tool/catalogue.h"
-#include "xfm.h"
+#include "xfm.hpp"
 
 namespace xfm::bench {
 
@@ -286,15 +286,17 @@ std::vector<Report> run_dft(const Options& options) { return run(options, "dft",
 Options defaults(const char* only) {
   Options options;
   options.only = only;
-  options.sizes = "2-64";
+  options.sizes = std::to_string(shortest_dft) + "-" + std::to_string(longest_dft);
   return options;
 }
 
 }  // namespace
 
-const Benchmark kComplex = {"complex", "Complex DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_complex, true};
-const Benchmark kReal = {"real", "Real DFT of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CCS"), run_real, true};
-const Benchmark kHartley = {"hartley", "Hartley transform of 2 to 64 points against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("."), run_hartley, true};
-const Benchmark kDft = {"dft", "Complex, real and Hartley kernels against FFTW.", "lengths, as 2-16,32,64", {2, 64}, defaults("CToC|CCS|Hartley"), run_dft, true};
+const char* const kWords = "lengths, as 2-16,32,64";
+const std::pair kRange(shortest_dft, longest_dft);
+const Benchmark kComplex = {"complex", "Complex DFT of all lengths against FFTW.", kWords, kRange, defaults("."), run_complex, true};
+const Benchmark kReal = {"real", "Real DFT of all lengths against FFTW.", kWords, kRange, defaults("CCS"), run_real, true};
+const Benchmark kHartley = {"hartley", "Hartley transform of all lengths against FFTW.", kWords, kRange, defaults("."), run_hartley, true};
+const Benchmark kDft = {"dft", "Complex, real and Hartley kernels against FFTW.", kWords, kRange, defaults("CToC|CCS|Hartley"), run_dft, true};
 
 }  // namespace xfm::bench

@@ -17,7 +17,7 @@ namespace {
 // xfmgDFTFwd_CToC -> DFTFwd_CToC, the name of the family's type.
 std::string family_type(const Function& f) { return f.family.substr(4); }
 
-// Specialisations of detail::dispatcher, kernel and entry. A family without an element type has none.
+// Specialisations of detail::dispatcher, kernel, entry and, where a dispatcher takes a length, lengths. A family without an element type has none.
 std::string cpp_functions(const FunctionList& list) {
   std::string types, text;
   std::set<std::string> named;
@@ -29,6 +29,10 @@ std::string cpp_functions(const FunctionList& list) {
                               : f.kind == FunctionKind::Dispatcher ? "dispatcher<" + key + ">"
                                                                    : "entry<" + key + ">";
     text += "template <> inline constexpr auto " + table + " = " + f.name + ";\n";
+    if (f.kind != FunctionKind::Dispatcher || f.index != "len") continue;
+    const std::vector<const Function*> kernels = list.kernels(f.name);
+    text += "template <> inline constexpr Lengths lengths<" + key + ">{" + std::to_string(kernels.front()->size) + ", " +
+            std::to_string(kernels.back()->size) + "};\n";
   }
   return types + "\n" + text;
 }

@@ -40,7 +40,7 @@ std::string report_line(const Function& f, const ComplexRow& row, const ComplexB
   for (int n : {body.counts.additions, body.counts.multiplications, row.reference.additions, row.reference.multiplications, use.adds,
                 use.muls, use.moves(), use.loads, use.stores})
     line += "\t" + std::to_string(n);
-  return line + "\t" + cycles + "\t" + (row.reason.empty() ? "-" : row.reason) + "\n";
+  return line + "\t" + cycles + "\t" + row.reason + "\n";
 }
 
 void generate(int argc, char** argv) {

@@ -78,15 +78,22 @@ std::vector<const WorkingForm*> forms_in(const TableRow& row) {
   return forms;
 }
 
+// The reference, or what is built instead, with its reason and at most a hundredth above it.
+Counts built_counts(const TableRow& row, const Counts& reference) {
+  if (row["reason"].empty() || row["reason"] == "-") {
+    if (row["built A"] != "-" || row["built M"] != "-") row.fail("a departure from the reference counts needs its reason");
+    return reference;
+  }
+  const Counts built{row.integer("built A"), row.integer("built M")};
+  const auto exceeds = [](int count, int stated) { return count > stated + stated / 100; };
+  if (exceeds(built.additions, reference.additions) || exceeds(built.multiplications, reference.multiplications))
+    row.fail("the built counts exceed the reference by more than a hundredth");
+  return built;
+}
+
 ComplexRow read_row(const TableRow& row, const PlanBlocks& blocks) {
-  const StatedCount additions = stated_count(row, "A"), multiplications = stated_count(row, "M");
-  ComplexRow made{{plan_of(row, blocks), flow_in(row)},
-                  forms_in(row),
-                  row["plan"],
-                  {additions.reference, multiplications.reference},
-                  {additions.built, multiplications.built},
-                  departure_reason(row),
-                  row.where()};
+  const Counts reference{row.integer("A"), row.integer("M")}, built = built_counts(row, reference);
+  ComplexRow made{{plan_of(row, blocks), flow_in(row)}, forms_in(row), row["plan"], reference, built, row["reason"], row.where()};
   check_flow(row, made.plan);
   return made;
 }

@@ -19,7 +19,7 @@ struct ComplexRow {
   std::string text;        // as the table has it
   Counts reference;        // additions and multiplications of real numbers, the scale left out
   Counts built;            // what a kernel must have: the reference, or a departure with its reason
-  std::string reason;      // empty where the reference is met
+  std::string reason;      // "-" where the reference is met
   std::string where;       // file and line
 
   // Every form of a row widens or none does: it decides bits.

@@ -33,22 +33,6 @@ Pair Pairs::eighths(Pair a, int odd) const {
   return parts([&] { return re(products); }, [&] { return im(products); });
 }
 
-LinkMap::LinkMap(const Plan& plan, bool centred_bins)
-    : a(plan.first().length),
-      b(plan.second().length),
-      twiddles(plan.kind == Plan::Kind::CooleyTukey),
-      centred(centred_bins),
-      element(plan.numbering.element),
-      row(plan.numbering.row),
-      element_inverse(inverse_mod(element, a)),
-      row_inverse(inverse_mod(row, b)) {}
-
-RaderMap::RaderMap(const Plan& plan)
-    : length(plan.length - 1),
-      prime_(plan.length),
-      root_(plan.numbering.root ? plan.numbering.root : primitive_root(plan.length)),
-      start_(plan.numbering.start) {}
-
 std::vector<ComplexNumber> RaderMap::spectrum(int sign) const {
   const int inverse_root = inverse_mod(root_, prime_);
   std::vector<ComplexNumber> spectrum(length);

@@ -132,9 +132,11 @@ inline bool real_bin(int k, int length) { return k == 0 || 2 * k == length; }
 
 // Where the points of a link stand: input of block j at its point i, and output k2 of row k1.
 struct LinkMap {
-  explicit LinkMap(const Plan& plan, bool centred = false);
+  explicit LinkMap(const Plan& plan, bool centred = false)
+      : a(plan.first().length), b(plan.second().length), twiddles(plan.kind == Plan::Kind::CooleyTukey), centred(centred),
+        steps(plan.numbering) {}
   int length() const { return a * b; }
-  int input(int i, int j) const { return twiddles ? i * b + j : (b * i * element + a * j * row) % length(); }
+  int input(int i, int j) const { return twiddles ? i * b + j : (b * i * steps.element + a * j * steps.row) % length(); }
   // The points of each block of the first stage.
   template <class T>
   std::vector<std::vector<T>> classes(std::span<const T> x) const {
@@ -151,15 +153,12 @@ struct LinkMap {
   int bin(int k1) const { return centred && 2 * k1 > a ? k1 - a : k1; }
   int output(int k1, int k2) const {
     if (twiddles) return residue(bin(k1) + a * k2, length());
-    return chinese_remainder(residue(k1 * element_inverse, a), a, residue(k2 * row_inverse, b), b);
+    return chinese_remainder(residue(k1 * inverse_mod(steps.element, a), a), a, residue(k2 * inverse_mod(steps.row, b), b), b);
   }
 
   int a, b;
-  bool twiddles;
-
- private:
-  bool centred;
-  int element, row, element_inverse, row_inverse;
+  bool twiddles, centred;
+  Numbering steps;
 };
 
 // A plan over complex values of either kind. `block` makes what is no link and no butterfly: block(plan, x).
@@ -196,7 +195,11 @@ std::vector<typename A::Value> planned(const A& alg, const Plan& plan, std::span
 // with exp(-2*pi*i*g^-q/p), whose results stand at the bins g^-q; x[0] is in all of them.
 class RaderMap {
  public:
-  explicit RaderMap(const Plan& plan);
+  explicit RaderMap(const Plan& plan)
+      : length(plan.length - 1),
+        prime_(plan.length),
+        root_(plan.numbering.root ? plan.numbering.root : primitive_root(plan.length)),
+        start_(plan.numbering.start) {}
 
   // x[start*g^q] for all q, and the bin of result q.
   template <class T>

@@ -22,22 +22,6 @@ void check_blocks(const TableRow& row, const Plan& plan, int largest_butterfly) 
   }
 }
 
-StatedCount stated_count(const TableRow& row, const std::string& column) {
-  const int reference = row.integer(column);
-  const std::string built = "built " + column;
-  if (!row.has(built) || departure_reason(row).empty()) return {reference, reference};
-  const StatedCount stated{reference, row.integer(built)};
-  if (stated.built > reference + reference / 100) row.fail("the built counts exceed the reference by more than a hundredth");
-  return stated;
-}
-
-std::string departure_reason(const TableRow& row) {
-  const bool departs = row["built A"] != "-" || row["built M"] != "-";
-  const bool told = !row["reason"].empty() && row["reason"] != "-";
-  if (departs && !told) row.fail("a departure from the reference counts needs its reason");
-  return told ? row["reason"] : "";
-}
-
 PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly, std::optional<int> precision) {
   PlanBlocks blocks;
   std::vector<std::string> columns{"Name", "Plan"};

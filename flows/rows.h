@@ -1,4 +1,4 @@
-// What the rows of all plan tables have in common: plans as cells, named blocks, reference counts and departures from them.
+// What the rows of all plan tables have in common: plans as cells and named blocks.
 #pragma once
 
 #include <filesystem>
@@ -8,19 +8,9 @@
 
 #include "flows/plan.h"
 #include "generator/check.h"
-#include "generator/passes.h"
 #include "generator/table.h"
 
 namespace xfm {
-
-// A count that the table's reference gives and the one that is built: the same, unless the table has a column
-// "built ..." for it and the row states another there, with its reason. A departure goes up by at most a hundredth.
-struct StatedCount {
-  int reference, built;
-};
-StatedCount stated_count(const TableRow& row, const std::string& column);
-// Why a row departs from its reference; empty where it does not.
-std::string departure_reason(const TableRow& row);
 
 // Runs `read`; bad input that it finds is reported in this row.
 template <class Read>

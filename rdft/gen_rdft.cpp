@@ -72,13 +72,13 @@ std::string forms_text(const std::string& plans, const pack::Forms& forms) {
   return text;
 }
 
-std::string counts_text(const Transform& first, const std::string& plans) {
+std::string counts_text(Family family, const std::string& plans) {
   std::string text =
       "name\tadditions\tmultiplications\tdoublings\tfolded doublings\tnon-root\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\t"
       "vmulsd\tvcvtss2sd\tvcvtsd2ss\tsrc_loads\tdst_stores\n";
-  const std::vector<Row> rows = read_rows(plans, first.family);
+  const std::vector<Row> rows = read_rows(plans, family);
   for (const Transform& t : transforms()) {
-    if (t.family != first.family) continue;
+    if (t.family != family) continue;
     for (const auto& [type, precision] : kTypes)
       for (const Row& row : rows) {
         const FlowCounts& f = row.counts;
@@ -112,9 +112,9 @@ std::string instructions_text(const std::string& plans, const pack::Forms& forms
 std::string text_of(const std::string& what, const std::string& plans, const pack::Forms& forms) {
   if (what == "forms") return forms_text(plans, forms);
   if (what == "instructions") return instructions_text(plans, forms);
-  if (what == "counts-forward") return counts_text(transforms()[0], plans);
-  if (what == "counts-inverse") return counts_text(transforms()[3], plans);
-  if (what == "counts-hartley") return counts_text(transforms()[6], plans);
+  if (what == "counts-forward") return counts_text(Family::Forward, plans);
+  if (what == "counts-inverse") return counts_text(Family::Inverse, plans);
+  if (what == "counts-hartley") return counts_text(Family::Hartley, plans);
   for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
       if (what == t.unit + type) return unit_text(t, type, plans, forms);

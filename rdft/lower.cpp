@@ -38,9 +38,12 @@ class Arithmetic {
 
   Held load(int cell) { return {p_.emit({.op = Op::Load, .type = type_, .cell = cell})}; }
   Held twice(Held a) { return {binary(Op::Mul, type_, a.value, p_.constant(type_, {2}))}; }
-  Held add(Held a, Held b) { return {binary(Op::Add, type_, a.value, b.value)}; }
-  Held sub(Held a, Held b) { return {binary(Op::Sub, type_, a.value, b.value)}; }
-  Held negated(Held a) { return sub({zero(type_)}, a); }
+  template <class V>
+  V add(V a, V b) { return {binary(Op::Add, type(a), a.value, b.value)}; }
+  template <class V>
+  V sub(V a, V b) { return {binary(Op::Sub, type(a), a.value, b.value)}; }
+  template <class V>
+  V negated(V a) { return sub(V{zero(type(a))}, a); }
   Held scaled(Held a) { return {binary(Op::Mul, type_, scale(), a.value)}; }
 
   Open widen(Held a) { return {wide() ? a.value : convert(Op::Widen, Type::F64, a.value)}; }
@@ -54,9 +57,6 @@ class Arithmetic {
     return wide;
   }
   Open product(Real c, Open a) { return {binary(Op::Mul, Type::F64, p_.constant(Type::F64, {c}), a.value)}; }
-  Open add(Open a, Open b) { return {binary(Op::Add, Type::F64, a.value, b.value)}; }
-  Open sub(Open a, Open b) { return {binary(Op::Sub, Type::F64, a.value, b.value)}; }
-  Open negated(Open a) { return sub({zero(Type::F64)}, a); }
   // The scale is a literal of the kernel's precision; it is widened like any held value.
   Open scaled(Open a) { return {binary(Op::Mul, Type::F64, widen({scale()}).value, a.value)}; }
   Held narrow(Open a) { return {wide() ? a.value : convert(Op::Narrow, Type::F32, a.value)}; }
@@ -66,6 +66,8 @@ class Arithmetic {
 
  private:
   bool wide() const { return type_ == Type::F64; }
+  Type type(Held) const { return type_; }
+  Type type(Open) const { return Type::F64; }
   int scale() { return p_.emit({.op = Op::Scale, .type = type_}); }
   int zero(Type type) { return p_.emit({.op = Op::Zero, .type = type}); }
   int convert(Op op, Type type, int a) { return p_.emit({.op = op, .type = type, .a = a}); }
@@ -142,16 +144,11 @@ class Lowering {
 
   // The scale is the last multiplication, behind it only the subtraction from zero of a negated cell.
   void store(Ref cell, int position) {
-    const bool negated = cell.turn == 2;
     math_.set_label(flow_.graph[cell.node].label, "store");
+    const auto out = [&](auto v) { return cell.turn == 2 ? math_.negated(math_.scaled(v)) : math_.scaled(v); };
     const Value& v = *values_[cell.node];
-    if (const Held* a = std::get_if<Held>(&v)) {
-      const Held out = math_.scaled(*a);
-      math_.store(negated ? math_.negated(out) : out, position);
-    } else {
-      const Open out = math_.scaled(std::get<Open>(v));
-      math_.store(math_.narrow(negated ? math_.negated(out) : out), position);
-    }
+    const Held* const held = std::get_if<Held>(&v);
+    math_.store(held ? out(*held) : math_.narrow(out(std::get<Open>(v))), position);
   }
 
   const Flow& flow_;

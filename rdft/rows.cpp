@@ -6,6 +6,7 @@
 #include "generator/check.h"
 #include "generator/functions.h"
 #include "generator/table.h"
+#include "rdft/transforms.h"
 
 namespace xfm::rdft {
 
@@ -28,22 +29,21 @@ const std::map<std::string, int C::*> kCounts = {{"Add", &C::additions},
 
 struct TableOf {
   std::string file;
-  std::string dispatcher;  // whose sizes the table has
   std::vector<std::string> columns;
 };
 
 const TableOf& table_of(Family family) {
   static const std::map<Family, TableOf> tables = {
       {Family::Forward,
-       {"real_forward_plans.tsv", "xfmgDFTFwd_RToCCS_32f",
+       {"real_forward_plans.tsv",
         {"N", "Add", "Mul", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow, inner", "Narrow, last", "Plan",
          "Numbering", "Sums in double"}}},
       {Family::Inverse,
-       {"real_inverse_plans.tsv", "xfmgDFTInv_CCSToR_32f",
+       {"real_inverse_plans.tsv",
         {"N", "Add", "Mul", "Doublings", "Folded doublings", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow",
          "Plan", "Sums in double"}}},
       {Family::Hartley,
-       {"hartley_plans.tsv", "xfmgHartley_32f",
+       {"hartley_plans.tsv",
         {"N", "Add", "Mul", "Roots", "Non-root", "32f single add", "32f double add", "Widen", "Narrow", "Plan", "Form",
          "Sums in double"}}}};
   return tables.at(family);
@@ -103,7 +103,8 @@ std::vector<Row> read_rows(const std::filesystem::path& plans, Family family) {
   const FunctionList functions = FunctionList::read(plans / "functions.tsv");
   const PlanBlocks blocks = read_blocks(plans / "real_blocks.tsv", kLargestButterfly);
   const Table table = Table::read(plans / from.file, from.columns);
-  const std::vector<const Function*> kernels = functions.kernels(from.dispatcher);
+  const std::string& name = std::ranges::find(transforms(), family, &Transform::family)->name;
+  const std::vector<const Function*> kernels = functions.kernels(name + "_32f");
   std::vector<Row> rows;
   for (const TableRow& row : table.rows()) {
     if (rows.size() == kernels.size()) row.fail("no function has this length");

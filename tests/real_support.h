@@ -97,6 +97,13 @@ std::vector<Kernel<T>> kernels(const Family& family) {
   return all;
 }
 
+// Those of every family and precision.
+inline std::vector<int> lengths() {
+  std::vector<int> all;
+  for (const Kernel<float>& k : kernels<float>(kFamilies[0])) all.push_back(k.n);
+  return all;
+}
+
 // The factor that a flag puts on every output.
 inline long double scale_of(Kind kind, int flag, int n) {
   if (flag == xfmScaleBySqrtN) return 1 / sqrtl(n);

@@ -112,7 +112,7 @@ TEST_P(RealValues, FlagsChooseAConstant) {
 TEST(RealLayouts, AgreeBitForBit) {
   const auto check = [](auto one) {
     using T = decltype(one);
-    for (int n = 2; n <= 64; ++n)
+    for (const int n : lengths())
       for (int flag : kFlags) {
         const std::vector<T> src = random_values<T>(n, n);
         std::map<std::pair<int, bool>, T> bins;
@@ -153,7 +153,7 @@ void expect_multiple(const std::string& what, const std::vector<T>& got, const s
 TEST(RealRoundTrips, GiveTheInputTimesTheScales) {
   const auto check = [](auto one) {
     using T = decltype(one);
-    for (int n = 2; n <= 64; ++n) {
+    for (const int n : lengths()) {
       const std::vector<T> x = random_values<T>(n, 5 * n);
       for (int there : kFlags)
         for (int back : kFlags) {
@@ -175,7 +175,7 @@ TEST(RealRoundTrips, GiveTheInputTimesTheScales) {
 TEST(RealFlags, SynonymsGiveTheSameBits) {
   const auto check = [](auto one) {
     using T = decltype(one);
-    for (int n = 2; n <= 64; ++n) {
+    for (const int n : lengths()) {
       const std::vector<T> x = random_values<T>(n + 2, n);
       const auto hartley = kernel<T>(kFamilies[6], n), inverse = kernel<T>(kFamilies[4], n), forward = kernel<T>(kFamilies[1], n);
       ASSERT_TRUE(same_bits(run(hartley, x, xfmScaleFwdByN), run(hartley, x, xfmScaleInvByN))) << n;
@@ -191,7 +191,7 @@ TEST(RealFlags, SynonymsGiveTheSameBits) {
 TEST(RealIdentities, HartleyIsRealLessImaginary) {
   const auto check = [](auto one) {
     using T = decltype(one);
-    for (int n = 2; n <= 64; ++n) {
+    for (const int n : lengths()) {
       const std::vector<T> x = random_values<T>(n, 3 * n);
       const std::vector<T> c = run(kernel<T>(kFamilies[0], n), x, xfmScaleBySqrtN);
       const std::vector<T> h = run(kernel<T>(kFamilies[6], n), x, xfmScaleBySqrtN);
@@ -211,7 +211,7 @@ TEST(RealIdentities, HartleyIsRealLessImaginary) {
 TEST(RealIdentities, HalfSpectrumIsHalfOfTheComplexOne) {
   const auto check = [](auto one, const char* type) {
     using T = decltype(one);
-    for (int n = 2; n <= 64; ++n) {
+    for (const int n : lengths()) {
       const std::string name = "xfmgDFTFwd_CToC_" + std::to_string(n) + type;
       const auto complex = reinterpret_cast<XfmStatus (*)(const T*, T*, int)>(dlsym(RTLD_DEFAULT, name.c_str()));
       ASSERT_NE(complex, nullptr) << name;

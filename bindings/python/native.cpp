@@ -103,14 +103,15 @@ py::array dct4(const py::array& x, int axis, int n, double factor) {
   return finished(std::move(y), status);
 }
 
-// The axis counted from 0, or -1 unless x is an array of T with 2 to 64 points along it.
+// The axis counted from 0, or -1 unless x is an array of T with as many points along it as a transform has.
 template <class T>
 int plain_axis(const py::handle& x, const py::handle& axis) {
   if (!py::isinstance<py::array_t<T>>(x) || !PyLong_CheckExact(axis.ptr())) return -1;
   const auto array = py::reinterpret_borrow<py::array>(x);
   long a = PyLong_AsLong(axis.ptr());
   if (a < 0) a += array.ndim();
-  return a >= 0 && a < array.ndim() && array.shape(a) >= 2 && array.shape(a) <= 64 ? static_cast<int>(a) : -1;
+  if (a < 0 || a >= array.ndim()) return -1;
+  return array.shape(a) >= xfm::shortest_dft && array.shape(a) <= xfm::longest_dft ? static_cast<int>(a) : -1;
 }
 
 // Calls with an array that needs no conversion and the unscaled transform of its own length; None where it is not so, and the
@@ -149,5 +150,7 @@ PYBIND11_MODULE(_native, m) {
   xfm_python::define<double>(m, "64");
   m.def("plain_dft", &xfm_python::plain_dft);
   m.def("plain_real_dft", &xfm_python::plain_real_dft);
+  m.attr("shortest_dft") = xfm::shortest_dft;
+  m.attr("longest_dft") = xfm::longest_dft;
   m.def("version", [] { return std::string(xfm::library_version().version); });
 }

@@ -9,10 +9,10 @@ try:
 except ImportError:  # before NumPy 1.25
     from numpy import AxisError
 
+from ._native import longest_dft, shortest_dft
+
 # The flags of the library that say where the division by N happens.
 BY_N_FORWARD, BY_N_INVERSE, BY_SQRT_N, UNSCALED = 1, 2, 4, 8
-
-_SHORTEST, _LONGEST = 2, 64
 
 
 class UnsupportedLength(ValueError):
@@ -69,8 +69,8 @@ def points(n, default):
 
 def dft_points(n, default):
     n = points(n, default)
-    if not _SHORTEST <= n <= _LONGEST:
-        raise UnsupportedLength(f"Xfm transforms {_SHORTEST} to {_LONGEST} points, not {n}")
+    if not shortest_dft <= n <= longest_dft:
+        raise UnsupportedLength(f"Xfm transforms {shortest_dft} to {longest_dft} points, not {n}")
     return n
 
 
