@@ -1,6 +1,7 @@
 // The DCT-IV of the lengths 2^1 to 2^25 against FFTW's own (REDFT11) and against FFTW's complex transform of half the
 // length (dct4_rival.h), one thread. Every measurement begins with calls that are not timed, so that the caches hold what
-// the contestant uses. Results are compared before any timing.
+// the contestant uses. Results are compared before any timing. A copy has a floor for the lengths that are one straight line: the
+// operations in registers that are always full, as wide as its row in plans/targets.tsv has them, at the clock of the run.
 #include <cmath>
 #include <memory>
 #include <random>
@@ -9,6 +10,7 @@
 #include "bench/benchmark.h"
 #include "bench/dct4_rival.h"
 #include "bench/fftw.h"
+#include "bench/tables.h"
 #include "xfm.h"
 
 namespace xfm::bench {
@@ -82,7 +84,7 @@ void measure(const std::string& type, int n, const Options& options, const std::
     compare(y, q, 0.5, n, "FFTW's");  // whose sum has a factor of two
   }
 
-  const std::vector<double> ns = race("DCT-IV " + type + ", " + std::to_string(n), calls, options.pace).ns;
+  const auto [ns, ns_per_cycle] = race("DCT-IV " + type + ", " + std::to_string(n), calls, options.pace);
   const size_t own = libraries.size();
   Row row = {"xfmgDCT4_" + type, static_cast<double>(n)};
   add_library_cells(row, {ns.begin(), ns.begin() + static_cast<std::ptrdiff_t>(own)});
@@ -90,6 +92,9 @@ void measure(const std::string& type, int n, const Options& options, const std::
     row.emplace_back(rivals ? ns[rival] : 0);
     row.emplace_back(rivals ? ns[0] / ns[rival] : 0);
   }
+  const double floor = wide_dct4_floor(libraries[0].name(), n, sizeof(T) == 4) * ns_per_cycle;
+  row.emplace_back(floor);
+  row.emplace_back(floor == 0 ? 0 : ns[0] / floor);
   report.add(std::move(row));
 }
 
@@ -116,7 +121,7 @@ std::vector<Report> run(const Options& options) {
   const std::vector<Library> libraries = options.libraries();
   std::vector<Column> columns = {{"function", kText}, {"N", 0}};
   add_library_columns(columns, libraries);
-  columns.insert(columns.end(), {{"half-length ns", 1, true}, {"x half-length", 3}, {"REDFT11 ns", 1, true}, {"x REDFT11", 3}});
+  columns.insert(columns.end(), {{"half-length ns", 1, true}, {"x half-length", 3}, {"REDFT11 ns", 1, true}, {"x REDFT11", 3}, {"floor ns"}, {"x floor", 3}});
   Report report("dct4", columns);
   for (const std::string type : {"32f", "64f"}) {
     if (!options.selects("xfmgDCT4_" + type)) continue;

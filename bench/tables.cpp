@@ -43,6 +43,9 @@ constexpr const char* kRealOperations[] = {
     ,
 #include "hartley_counts.inc"
 };
+constexpr const char kDct4Operations[] =
+#include "dct4_counts.inc"
+    ;
 
 // Bits of the widest registers of a copy, named by its level; 0 for the base and for libraries of other names.
 int widest(const std::string& copy) {
@@ -149,6 +152,22 @@ double wide_hadamard_floor(const std::string& copy, int order, bool single) {
   use.adds = registers.of(order << order, single);
   use.muls = use.loads = use.stores = registers.of(1 << order, single);
   return use.cycles();
+}
+
+double wide_dct4_floor(const std::string& copy, int length, bool single) {
+  if (widest(copy) == 0) return 0;
+  const FullRegisters registers(widest(copy));
+  const Table table = parse_table(kDct4Operations, "operations of the DCT-IV");
+  for (const TableRow& row : table.rows()) {
+    const bool whole = row["kernel"] == "rotation" || row["kernel"] == "lifting" || row["kernel"] == "straight";
+    if (!whole || row.integer("length") != length || row["precision"] != (single ? "32f" : "64f")) continue;
+    PortUse use;
+    use.adds = registers.of(row.integer("additions"), single);
+    use.muls = registers.of(row.integer("multiplications"), single);
+    use.loads = use.stores = registers.of(length, single);
+    return use.cycles();
+  }
+  return 0;
 }
 
 Table hadamard_floors() { return parse_table(kHadamardFloors, "wht_floors.tsv"); }

@@ -22,6 +22,8 @@ Cycles wide_floors(const std::string& copy);
 Cycles chains();       // longest chain of dependent operations
 Table hadamard_floors();
 double wide_hadamard_floor(const std::string& copy, int order, bool single);
+// Of a DCT-IV that is one straight line; 0 for longer ones.
+double wide_dct4_floor(const std::string& copy, int length, bool single);
 
 // Of the build this program stands in; empty elsewhere. For which the generated body of a complex kernel keeps the busiest
 // port, and the audit's account of compiled bodies by function (of a kernel with two bodies the first).
