@@ -1,7 +1,9 @@
-# Sanitizers over generators, audit, tool and tests (label `nightly`: they are built anew), and valgrind over a slice of library,
-# generators and tests. The DCT-IV's own sanitized programs stand in dct4.cmake.
-add_test(NAME sanitized_programs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/sanitizers.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
-set_tests_properties(sanitized_programs PROPERTIES LABELS "sanitizers;nightly" PROCESSORS 2 TIMEOUT 3000)
+# Sanitizers over generators, audit, tool and tests, and over the library on threads (label `nightly`: all is built anew), and
+# valgrind over a slice of library, generators and tests. The DCT-IV's own sanitized programs stand in dct4.cmake.
+set(sanitizers ${CMAKE_CURRENT_SOURCE_DIR}/sanitizers.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
+add_test(NAME sanitized_programs COMMAND ${sanitizers})
+add_test(NAME sanitized_threads COMMAND ${sanitizers} thread)
+set_tests_properties(sanitized_programs sanitized_threads PROPERTIES LABELS "sanitizers;nightly" PROCESSORS 2 TIMEOUT 3000)
 
 find_program(VALGRIND valgrind)
 if(NOT VALGRIND)

@@ -1,19 +1,30 @@
 #!/bin/bash
-# sanitizers.sh SOURCE BUILD: generators, audit, tool and tests once more with the address and undefined-behaviour sanitizers.
-# What the generators write must be what the build has, byte for byte, and nobody may say anything.
+# sanitizers.sh SOURCE BUILD [thread]: generators, audit, tool and tests once more with the address and undefined-behaviour
+# sanitizers. What the generators write must be what the build has, byte for byte, and nobody may say anything. With `thread`
+# the library and its program of threads with the sanitizer for data races.
 set -euo pipefail
-source=$1 build=$2
+source=$1 build=$2 sanitizers=${3:-address,undefined}
 work=$(mktemp -d "$build/sanitized.XXXXXX")  # in the build, so that a compiler cache knows the library's objects
 trap 'rm -rf "$work"' EXIT
 export ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
+export TSAN_OPTIONS=halt_on_error=1
+
+built() {  # targets
+  cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PROJECT_Xfm_INCLUDE="$source/tests/scripts/sanitized.cmake" \
+    -DXFM_SANITIZERS="$sanitizers" -DXFM_TARGETS=base -DXFM_PYTHON=OFF >/dev/null
+  cmake --build "$work" -j "$(nproc)" --target "$@" >"$work/log" 2>&1 || { tail -50 "$work/log" >&2; exit 1; }
+}
+
+if [ "$sanitizers" = thread ]; then
+  built threads_test
+  "$work/tests/threads_test"
+  exit
+fi
 
 tests=(frame_functions_test frame_dispatch_test frame_library_test generator_graph_test generator_flows_test generator_plan_test
   generator_text_test output_test pack_programs_test complex_plans_test complex_memory_test complex_values_test real_flows_test
   real_memory_test wht_plan_test dct4_plan_test audit_samples_test cpp_test tool_test sound_test)
-cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PROJECT_Xfm_INCLUDE="$source/tests/scripts/sanitized.cmake" \
-  -DXFM_TARGETS=base -DXFM_PYTHON=OFF >/dev/null
-cmake --build "$work" -j "$(nproc)" --target xfmgene9 xfm_audit xfm xfm_demo audit_samples "${tests[@]}" >"$work/log" 2>&1 ||
-  { tail -50 "$work/log" >&2; exit 1; }
+built xfmgene9 xfm_audit xfm xfm_demo audit_samples "${tests[@]}"
 
 cd "$build"
 compared=0

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "tests/every_function.h"
+#include "xfm.hpp"
 
 namespace {
 
@@ -62,6 +63,23 @@ TEST(Threads, EveryFunctionGivesTheBitsOfOneThread) {
         ASSERT_EQ(together[t][i].digest, alone[t][i].digest) << alone[t][i].what << ", thread " << t << ", round " << round;
     }
   }
+}
+
+// The lines of one array, dealt out in turn: neighbours in one line of the cache belong to different threads.
+TEST(Threads, BatchesOfOneArrayAreDealtOut) {
+  static constexpr std::size_t kLength = 7, kLines = 4096;
+  std::vector<float> x(kLength * kLines), alone(x.size()), together(x.size());
+  for (size_t i = 0; i < x.size(); ++i) x[i] = std::cos(static_cast<float>(i));
+  const auto lines_from = [&](std::size_t first, std::size_t step, std::vector<float>& y) {
+    const std::ptrdiff_t stride = kLength * step;
+    xfm::for_each({kLines / step, stride, stride}, x.data() + kLength * first, y.data() + kLength * first,
+                  [](const float* src, float* dst) { xfm::hartley<kLength>(src, dst); });
+  };
+  lines_from(0, 1, alone);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) threads.emplace_back([&, t] { lines_from(t, kThreads, together); });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(together, alone);
 }
 
 }  // namespace

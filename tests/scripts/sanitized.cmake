@@ -1,12 +1,16 @@
-# Given as CMAKE_PROJECT_Xfm_INCLUDE: address and undefined-behaviour sanitizers over all programs and their parts. What the
-# library is made of is compiled as ever.
+# Given as CMAKE_PROJECT_Xfm_INCLUDE, with the sanitizers in XFM_SANITIZERS: over all programs and their parts, while what the
+# library is made of is compiled as ever; that for threads over the library and the program of threads.
+set(sanitized "^(EXECUTABLE|STATIC_LIBRARY)")
+if(XFM_SANITIZERS STREQUAL "thread")
+  set(sanitized "^(OBJECT_LIBRARY|SHARED_LIBRARY)|threads_test$")
+endif()
 function(sanitize folder)
   get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
   foreach(target IN LISTS targets)
     get_target_property(type ${target} TYPE)
-    if(type MATCHES "^(EXECUTABLE|STATIC_LIBRARY)$")
-      target_compile_options(${target} PRIVATE -O1 -g -D_GLIBCXX_ASSERTIONS -fsanitize=address,undefined -fno-sanitize-recover=all)
-      target_link_options(${target} PUBLIC -fsanitize=address,undefined)
+    if("${type} ${target}" MATCHES "${sanitized}")
+      target_compile_options(${target} PRIVATE -O1 -g -D_GLIBCXX_ASSERTIONS -fsanitize=${XFM_SANITIZERS} -fno-sanitize-recover=all)
+      target_link_options(${target} PUBLIC -fsanitize=${XFM_SANITIZERS})
     endif()
   endforeach()
   get_property(folders DIRECTORY ${folder} PROPERTY SUBDIRECTORIES)
