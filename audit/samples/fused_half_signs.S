@@ -4,11 +4,7 @@
 */
 #include "pieces.inc"
 #define WORK fused
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-mixed: .double 1.0, 2.0, -1.0, 1.0
-.text
+#include "signs.inc"
 .macro fused
   vmovapd xmm11, [rip + signs]
   vfmadd213pd ymm2, ymm11, ymm3

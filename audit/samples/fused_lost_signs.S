@@ -4,11 +4,7 @@
 */
 #include "pieces.inc"
 #define WORK fused
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-mixed: .double 1.0, 2.0, -1.0, 1.0
-.text
+#include "signs.inc"
 .macro fused
   vmovapd ymm11, [rip + signs]
   vaddpd ymm11, ymm11, ymm3

@@ -4,10 +4,7 @@
 */
 #include "pieces.inc"
 #define WORK fused
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-.text
+#include "signs.inc"
 .macro fused
   sub rsp, 40
   vmovapd ymm11, [rip + signs]

@@ -5,10 +5,7 @@
    expects: zero-upper xfmgDFTFwd_CToC_20_64fc before the call
 */
 #include "pieces.inc"
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-.text
+#include "signs.inc"
 #define LEAVE vmovapd ymm11, [rip + signs]; call xfmgenGetLibVersion; vfmadd213pd ymm2, ymm11, ymm3
 #include "pair20.inc"
 

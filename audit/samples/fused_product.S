@@ -4,9 +4,5 @@
 */
 #include "pieces.inc"
 #define WORK vfmadd231pd ymm0, ymm1, [rip + mixed]
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-mixed: .double 1.0, 2.0, -1.0, 1.0
-.text
+#include "signs.inc"
 #include "pair20.inc"

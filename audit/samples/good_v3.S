@@ -4,11 +4,7 @@
 */
 #include "pieces.inc"
 #define WORK fused
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-mixed: .double 1.0, 2.0, -1.0, 1.0
-.text
+#include "signs.inc"
 .macro fused
   sub rsp, 40
   vfmadd231pd ymm0, ymm1, [rip + signs]

@@ -3,11 +3,7 @@
 */
 #include "pieces.inc"
 #define WORK wide
-.section .rodata
-  .p2align 6
-signs: .double 1.0, -1.0, -1.0, 1.0
-mixed: .double 1.0, 2.0, -1.0, 1.0
-.text
+#include "signs.inc"
 .macro wide
   mov ecx, 7
   kmovb k1, ecx
