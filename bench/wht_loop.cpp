@@ -14,16 +14,13 @@ struct Single {
   static Register load(const float* p) { return _mm256_load_ps(p); }
   static void store(float* p, Register v) { _mm256_store_ps(p, v); }
   static Register all(float x) { return _mm256_set1_ps(x); }
-  static Register add(Register a, Register b) { return _mm256_add_ps(a, b); }
-  static Register sub(Register a, Register b) { return _mm256_sub_ps(a, b); }
-  static Register mul(Register a, Register b) { return _mm256_mul_ps(a, b); }
 
   // Every level within the register: partners exchanged, plus the register with its second partners negated.
   static Register inner_levels(Register v) {
     const float m = -0.0f;
-    v = add(_mm256_permute_ps(v, 0xB1), _mm256_xor_ps(v, _mm256_setr_ps(0, m, 0, m, 0, m, 0, m)));
-    v = add(_mm256_permute_ps(v, 0x4E), _mm256_xor_ps(v, _mm256_setr_ps(0, 0, m, m, 0, 0, m, m)));
-    return add(_mm256_permute2f128_ps(v, v, 1), _mm256_xor_ps(v, _mm256_setr_ps(0, 0, 0, 0, m, m, m, m)));
+    v = _mm256_permute_ps(v, 0xB1) + _mm256_xor_ps(v, _mm256_setr_ps(0, m, 0, m, 0, m, 0, m));
+    v = _mm256_permute_ps(v, 0x4E) + _mm256_xor_ps(v, _mm256_setr_ps(0, 0, m, m, 0, 0, m, m));
+    return _mm256_permute2f128_ps(v, v, 1) + _mm256_xor_ps(v, _mm256_setr_ps(0, 0, 0, 0, m, m, m, m));
   }
 };
 
@@ -34,14 +31,11 @@ struct Double {
   static Register load(const double* p) { return _mm256_load_pd(p); }
   static void store(double* p, Register v) { _mm256_store_pd(p, v); }
   static Register all(double x) { return _mm256_set1_pd(x); }
-  static Register add(Register a, Register b) { return _mm256_add_pd(a, b); }
-  static Register sub(Register a, Register b) { return _mm256_sub_pd(a, b); }
-  static Register mul(Register a, Register b) { return _mm256_mul_pd(a, b); }
 
   static Register inner_levels(Register v) {
     const double m = -0.0;
-    v = add(_mm256_permute_pd(v, 0x5), _mm256_xor_pd(v, _mm256_setr_pd(0, m, 0, m)));
-    return add(_mm256_permute2f128_pd(v, v, 1), _mm256_xor_pd(v, _mm256_setr_pd(0, 0, m, m)));
+    v = _mm256_permute_pd(v, 0x5) + _mm256_xor_pd(v, _mm256_setr_pd(0, m, 0, m));
+    return _mm256_permute2f128_pd(v, v, 1) + _mm256_xor_pd(v, _mm256_setr_pd(0, 0, m, m));
   }
 };
 
@@ -53,8 +47,8 @@ template <class V, int kCount>
     for (int i = 0; i < kCount; ++i)
       if (!(i & distance)) {
         const auto a = v[i], b = v[i + distance];
-        v[i] = V::add(a, b);
-        v[i + distance] = V::sub(a, b);
+        v[i] = a + b;
+        v[i + distance] = a - b;
       }
 }
 
@@ -67,7 +61,7 @@ template <class V, int kCount, bool kInner>
   for (int i = 0; i < kCount; ++i) v[i] = kInner ? V::inner_levels(V::load(src + i * stride)) : V::load(src + i * stride);
   butterflies<V>(v);
 #pragma GCC unroll 8
-  for (int i = 0; i < kCount; ++i) V::store(dst + i * stride, V::mul(v[i], scale));
+  for (int i = 0; i < kCount; ++i) V::store(dst + i * stride, v[i] * scale);
 }
 
 template <class V, int kCount>
