@@ -14,6 +14,7 @@
 
 #include "generator/functions.h"
 #include "tests/arrays.h"
+#include "tests/scale.h"
 #include "xfm.h"
 
 namespace complex_test {
@@ -39,11 +40,7 @@ struct Kernel {
 
   int components() const { return 2 * n; }
   // The literal that a flag selects.
-  T scale(int flag) const {
-    if (flag == xfmScaleBySqrtN) return static_cast<T>(1 / sqrtq(n));
-    const bool divides = flag == (sign < 0 ? xfmScaleFwdByN : xfmScaleInvByN);
-    return divides ? static_cast<T>(__float128(1) / n) : T(1);
-  }
+  T scale(int flag) const { return test_scale::scale_of<T>(sign < 0 ? xfm::ScaleRule::Forward : xfm::ScaleRule::Inverse, flag, n); }
 };
 
 template <class T>

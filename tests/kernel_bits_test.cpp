@@ -15,6 +15,7 @@
 #include "rdft/transforms.h"
 #include "tests/arrays.h"
 #include "tests/kernel_values.h"
+#include "tests/scale.h"
 #include "wht/levels.h"
 #include "xfm.h"
 
@@ -81,14 +82,6 @@ Definition<T> hadamard_definition(const Function& f) {
 }
 
 template <class T>
-T scale_of(const Function& f, int flag) {
-  const Real n = f.part == "wht" ? 1 << f.size : f.size;
-  if (flag == xfmScaleBySqrtN) return static_cast<T>(1 / square_root(n));
-  const bool divides = (flag == xfmScaleFwdByN && f.scale != ScaleRule::Inverse) || (flag == xfmScaleInvByN && f.scale != ScaleRule::Forward);
-  return divides ? static_cast<T>(1 / n) : T(1);
-}
-
-template <class T>
 void expect_bits_of_the_graph(const Function& f) {
   using Kernel = XfmStatus(const T*, T*, int, void*);  // without a work buffer, and the others look at no fourth argument
   const auto kernel = reinterpret_cast<Kernel*>(dlsym(RTLD_DEFAULT, f.name.c_str()));
@@ -98,7 +91,7 @@ void expect_bits_of_the_graph(const Function& f) {
   for (const Data data : kData)
     for (const int flag : test_arrays::kFlags) {
       const std::vector<T> src = values_of<T>(data, definition.source, engine);
-      const std::vector<T> expected = definition.result(src, scale_of<T>(f, flag));
+      const std::vector<T> expected = definition.result(src, test_scale::scale_of<T>(f.scale, flag, f.part == "wht" ? 1 << f.size : f.size));
       std::vector<T> dst(expected.size(), T(-7));
       ASSERT_EQ(kernel(src.data(), dst.data(), flag, nullptr), xfmStatusOk) << f.name;
       const size_t at = difference(dst, expected);

@@ -12,6 +12,7 @@
 
 #include "generator/functions.h"
 #include "tests/arrays.h"
+#include "tests/scale.h"
 #include "xfm.h"
 
 namespace real_test {
@@ -106,9 +107,9 @@ inline std::vector<int> lengths() {
 
 // The factor that a flag puts on every output.
 inline long double scale_of(Kind kind, int flag, int n) {
-  if (flag == xfmScaleBySqrtN) return 1 / sqrtl(n);
-  const bool divides = (flag == xfmScaleFwdByN && kind != Kind::Inverse) || (flag == xfmScaleInvByN && kind != Kind::Forward);
-  return divides ? 1.0L / n : 1.0L;
+  using xfm::ScaleRule;
+  const auto rule = kind == Kind::Forward ? ScaleRule::Forward : kind == Kind::Inverse ? ScaleRule::Inverse : ScaleRule::SelfInverse;
+  return test_scale::scale_of<long double>(rule, flag, n);
 }
 
 inline long double cosine(long long num, int n) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/arrays.h"
+#include "tests/scale.h"
 #include "xfm.h"
 
 namespace xfm::test {
@@ -53,9 +54,7 @@ Kernel<T>* kernel(int order) {
 
 template <class T>
 T scale_of(int flag, int order) {
-  if (flag == xfmScaleNone) return 1;
-  const long double n = std::ldexp(1.0L, order);
-  return static_cast<T>(flag == xfmScaleBySqrtN ? 1 / std::sqrt(n) : 1 / n);
+  return test_scale::scale_of<T>(ScaleRule::SelfInverse, flag, 1 << order);
 }
 
 // Level by level, stride 1 first: a + b and a - b in the type itself; then the scale.
