@@ -192,9 +192,8 @@ class BodyWriter {
     return prefix(i.type) + "fmadd" + suffix(i.type) + operands;
   }
 
-  std::string arithmetic(const Inst& i, const std::string& sign, const std::string& name) const {
-    return scalar(i.type) ? value(i.a) + " " + sign + " " + value(i.b) : call(i, name);
-  }
+  // Operators on registers too: the compiler has no call to expand.
+  std::string arithmetic(const Inst& i, const std::string& sign) const { return value(i.a) + " " + sign + " " + value(i.b); }
 
   std::string expression(const Inst& i) const {
     const std::string imm = ", " + std::to_string(i.imm);
@@ -213,9 +212,9 @@ class BodyWriter {
         if (i.type == Type::F64x2) return "_mm_loaddup_pd(" + at + ")";
         if (bits(i.type) == 512) return prefix(i.type) + "set1" + suffix(i.type) + "(*(" + at + "))";
         return prefix(i.type) + "broadcast_" + (single_precision(i.type) ? "ss(" : "sd(") + at + ")";
-      case Op::Add: return arithmetic(i, "+", "add");
-      case Op::Sub: return arithmetic(i, "-", "sub");
-      case Op::Mul: return arithmetic(i, "*", "mul");
+      case Op::Add: return arithmetic(i, "+");
+      case Op::Sub: return arithmetic(i, "-");
+      case Op::Mul: return arithmetic(i, "*");
       case Op::AddSub: return call(i, "addsub");
       case Op::Flip: return call(i, "xor");
       case Op::SignedAdd: return signed_sum(i);

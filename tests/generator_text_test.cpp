@@ -149,10 +149,10 @@ TEST(GeneratorText, OneOperationIsOneStatement) {
   // Only an address that is a multiple of the register's width is moved with the kernel's access.
   check(two_sums(Type::F32x8), true,
         {"const __m256 s = _mm256_broadcast_ss(scale);", "const __m256 v1 = Access::load8(x);",
-         "const __m256 v2 = Unaligned::load8(x + 1);", "const __m256 v3 = _mm256_add_ps(v1, v2);",
-         "const __m256 v4 = _mm256_mul_ps(v3, s);", "const __m256 v5 = Access::load8(x + 16);",
-         "const __m256 v6 = Unaligned::load8(x + 17);", "Access::store(y, v4);", "const __m256 v7 = _mm256_add_ps(v5, v6);",
-         "const __m256 v8 = _mm256_mul_ps(v7, s);", "Access::store(y + 8, v8);"});
+         "const __m256 v2 = Unaligned::load8(x + 1);", "const __m256 v3 = v1 + v2;",
+         "const __m256 v4 = v3 * s;", "const __m256 v5 = Access::load8(x + 16);",
+         "const __m256 v6 = Unaligned::load8(x + 17);", "Access::store(y, v4);", "const __m256 v7 = v5 + v6;",
+         "const __m256 v8 = v7 * s;", "Access::store(y + 8, v8);"});
 }
 
 TEST(GeneratorText, PoolsHoldEachConstantOnce) {
