@@ -1,5 +1,6 @@
 #include "bench/benchmark.h"
 
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
@@ -7,6 +8,7 @@
 #include <charconv>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <stdexcept>
 
 #include "bench/chart.h"
@@ -67,6 +69,8 @@ const CLI::Validator kRegex([](const std::string& text) -> std::string {
     return text + " is no regular expression";
   }
 }, "REGEX");
+
+bool Options::selects(const std::string& dispatcher) const { return matches(dispatcher, only); }
 
 std::vector<int> Options::size_list() const { return parse_sizes(sizes); }
 

@@ -1,10 +1,7 @@
 // A benchmark as the programs of this folder and `xfm bench` run it: all take the same options.
 #pragma once
 
-#include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
 #include <memory>
-#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +11,11 @@
 #include "generator/output.h"
 #include "tool/copies.h"
 #include "tool/picture.h"
+
+namespace CLI {
+class App;
+class Validator;
+}  // namespace CLI
 
 namespace xfm::bench {
 
@@ -27,7 +29,7 @@ struct Options {
   bool round_trip = false;  // forward and then inverse on the result
   size_t offset = 0, alignment = 64;
 
-  [[nodiscard]] bool selects(const std::string& dispatcher) const { return std::regex_search(dispatcher, std::regex(only)); }
+  [[nodiscard]] bool selects(const std::string& dispatcher) const;
   [[nodiscard]] std::vector<int> size_list() const;
   // The library in use first, then the others to be timed with it.
   [[nodiscard]] std::vector<tool::Library> libraries() const;

@@ -71,10 +71,11 @@ Transform inverse_of(Transform transform) {
 // The kernel that takes the result of a forward one back: xfmgDFTInv_CCSToR_15_32f of xfmgDFTFwd_RToCCS_15_32f. The Hartley
 // transform takes itself back.
 std::string inverse_of(const std::string& name) {
-  static const std::regex forward("Fwd_(CToC|RTo([A-Za-z]+))");
-  std::smatch found;
-  if (!std::regex_search(name, found, forward)) return name;
-  return found.prefix().str() + "Inv_" + (found[2].matched ? found[2].str() + "ToR" : "CToC") + found.suffix().str();
+  const std::string forward = "Fwd_";
+  const size_t at = name.find(forward);
+  if (at == std::string::npos) return name;
+  const size_t parts = at + forward.size(), to = name.find("To", parts), end = name.find('_', to);
+  return name.substr(0, at) + "Inv_" + name.substr(to + 2, end - to - 2) + "To" + name.substr(parts, to - parts) + name.substr(end);
 }
 
 template <class T>
@@ -267,7 +268,7 @@ std::vector<Report> run(const Options& options, const std::string& name, const s
   Report report(name, columns_of(settings));
   if (options.rivals != "none" && !fftw_installed()) report.note("FFTW is not installed (libfftw3f.so.3, libfftw3.so.3): measured without it");
   for (const Function& f : tool::functions()) {
-    if (f.kind != "dispatcher" || !std::regex_search(f.name, std::regex(family)) || !options.selects(f.name)) continue;
+    if (f.kind != "dispatcher" || !matches(f.name, family) || !options.selects(f.name)) continue;
     if (options.round_trip && f.name.find("Inv_") != std::string::npos) continue;
     if (f.is_single()) measure<float>(settings, f.name, report);
     else measure<double>(settings, f.name, report);

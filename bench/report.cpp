@@ -21,6 +21,8 @@ std::string joined(const std::vector<std::string>& cells) {
 
 }  // namespace
 
+bool matches(const std::string& name, const std::string& expression) { return std::regex_search(name, std::regex(expression)); }
+
 std::string cell_text(double value, int digits) {
   if (value == 0) return "-";
   char text[32];
@@ -99,9 +101,8 @@ Report Report::selected(const std::string& only) const {
   Report result(name_, columns_);
   result.silent_ = true;
   result.notes_ = notes_;
-  const std::regex expression(only);
   for (const Row& row : rows_)
-    if (std::regex_search(std::get<std::string>(row[0]), expression)) result.rows_.push_back(row);
+    if (matches(std::get<std::string>(row[0]), only)) result.rows_.push_back(row);
   return result;
 }
 

@@ -20,6 +20,9 @@ struct Column {
 using Cell = std::variant<double, std::string>;
 using Row = std::vector<Cell>;
 
+// Whether a function's name matches a regular expression somewhere.
+[[nodiscard]] bool matches(const std::string& name, const std::string& expression);
+
 // Every table begins with the columns "function" and "N".
 class Report {
  public:

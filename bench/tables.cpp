@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <sstream>
 
 #include "generator/core.h"
@@ -103,12 +102,19 @@ Table read_table(const fs::path& path) {
   return parse_table({std::istreambuf_iterator<char>(in), {}}, path.string());
 }
 
+// The three layouts share a column, under the name of CCS.
+std::string one_layout(std::string name) {
+  for (const char* const layout : {"Pack", "Perm"})
+    if (const size_t at = name.find(layout); at != std::string::npos) name.replace(at, 4, "CCS");
+  return name;
+}
+
 // A row for each length and a column for each dispatcher; dispatchers without a column are left out.
 Cycles by_kernel(const Table& table) {
   Cycles cycles;
   for (const tool::Function& f : tool::functions()) {
     if (f.kind != "dispatcher") continue;
-    const std::string column = std::regex_replace(f.name, std::regex("Pack|Perm"), "CCS");
+    const std::string column = one_layout(f.name);
     for (const TableRow& row : table.rows())
       if (row.has(column)) cycles[f.family + "_" + row["N"] + "_" + f.type] = std::stod(row[column]);
   }

@@ -1,5 +1,6 @@
 // Runs a recording through the library: prints how long it is, its strongest tones and what the transforms cost, and
 // writes OUTPUT.png, its spectrogram, and OUTPUT-compressed.wav, what a twentieth of its lapped transform sounds like.
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>

@@ -3,7 +3,6 @@ xfm_add_test(kernel_bits_test LABEL bits SOURCES kernel_bits_test.cpp
   LIBRARIES xfm_complex_flows xfm_real_flows xfm_wht_flows xfmgene9 xfmcorex64 dl)
 target_link_options(kernel_bits_test PRIVATE -Wl,--no-as-needed)  # the kernels are looked up by name
 target_compile_definitions(kernel_bits_test PRIVATE XFM_PLANS="${PROJECT_SOURCE_DIR}/plans")
-target_compile_options(kernel_bits_test PRIVATE -O2 -ffp-contract=off -Wno-restrict)
 foreach(fault IN ITEMS complex:constant:DFTFwd_CToC_64fc real:constant:DFTFwd_RToPack_64f real:computed-zero:DFTFwd_RToCCS_64f)
   string(REPLACE ":" ";" fault ${fault})
   list(GET fault 0 family)

@@ -3,7 +3,6 @@
 foreach(test complex_values_test complex_memory_test)
   xfm_add_test(${test} LABEL complex SOURCES ${test}.cpp LIBRARIES xfm_generator xfmgene9 xfmcorex64 dl)
   target_link_options(${test} PRIVATE -Wl,--no-as-needed)
-  target_compile_options(${test} PRIVATE -O2 -ffp-contract=off)
 endforeach()
 
 # Planted faults: each test named here must fail when a kernel is replaced by a faulty stand-in, and pass without.
@@ -37,5 +36,4 @@ complex_fault(status-of-a-misaligned-null complex_memory_test ComplexMemory.BadA
 xfm_add_test(complex_plans_test LABEL complex SOURCES complex_plans_test.cpp LIBRARIES xfm_generator)
 target_compile_definitions(complex_plans_test PRIVATE
   XFM_PLANS="${PROJECT_SOURCE_DIR}/plans" XFM_GEN_DFT="$<TARGET_FILE:gen_dft>")
-target_compile_options(complex_plans_test PRIVATE -Wno-restrict)
 add_dependencies(complex_plans_test gen_dft)

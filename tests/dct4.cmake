@@ -12,6 +12,7 @@ xfm_add_test(dct4_block_test LABEL dct4 SOURCES dct4_block_test.cpp $<TARGET_OBJ
 xfm_add_test(dct4_tables_test LABEL dct4 SOURCES dct4_tables_test.cpp $<TARGET_OBJECTS:xfm_dct4>
   LIBRARIES xfm_headers xfmcorex64 quadmath)
 target_compile_options(dct4_tables_test PRIVATE -fno-builtin)
+set_target_properties(dct4_tables_test PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 
 # The units once more, in the plain order of their loops.
 add_library(dct4_plain_order MODULE ${DCT4_UNITS} ${PROJECT_SOURCE_DIR}/src/owngenautolib.cpp)
@@ -24,7 +25,6 @@ target_include_directories(dct4_plain_order PRIVATE ${PROJECT_SOURCE_DIR}/core)
 
 xfm_add_test(dct4_transform_test LABEL dct4 SOURCES dct4_transform_test.cpp $<TARGET_OBJECTS:xfm_dct4>
   LIBRARIES xfm_headers xfmcorex64 quadmath dl)
-target_compile_options(dct4_transform_test PRIVATE -O2)
 target_compile_definitions(dct4_transform_test PRIVATE XFM_DCT4_PLAIN_ORDER_MODULE="$<TARGET_FILE:dct4_plain_order>")
 add_dependencies(dct4_transform_test dct4_plain_order)
 
@@ -39,7 +39,8 @@ function(dct4_sanitized name sanitizer)
   add_dependencies(${name} xfm_dct4)
   target_compile_definitions(${name} PRIVATE ${dct4_sizes} XFM_DCT4_SANITIZED)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/core)
-  target_compile_options(${name} PRIVATE -O1 -mavx -ffp-contract=off -fsanitize=${sanitizer} -fno-sanitize-recover=all)
+  set_target_properties(${name} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+  target_compile_options(${name} PRIVATE -mavx -fsanitize=${sanitizer} -fno-sanitize-recover=all)
   target_link_options(${name} PRIVATE -fsanitize=${sanitizer})
 endfunction()
 dct4_sanitized(dct4_undefined_test undefined dct4_planner_test.cpp dct4_transform_test.cpp)

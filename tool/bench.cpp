@@ -1,4 +1,5 @@
 // xfm bench: the benchmarks, one family or all.
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>

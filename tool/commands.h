@@ -1,7 +1,9 @@
 // The subcommands of `xfm`; each adds itself and its options to the program.
 #pragma once
 
-#include <CLI/App.hpp>
+namespace CLI {
+class App;
+}
 
 namespace xfm::tool {
 

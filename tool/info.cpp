@@ -1,4 +1,5 @@
 // xfm info: which library this is, which copy the loader took and why, on which processor.
+#include <CLI/App.hpp>
 #include <cstdio>
 #include <cstdlib>
 

@@ -1,4 +1,5 @@
 // The command line tool of the library.
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 

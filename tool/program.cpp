@@ -1,5 +1,6 @@
 #include "tool/program.h"
 
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <cerrno>

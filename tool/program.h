@@ -1,7 +1,9 @@
 // The frame of a main that takes its options by CLI11.
 #pragma once
 
-#include <CLI/App.hpp>
+namespace CLI {
+class App;
+}
 
 namespace xfm::tool {
 

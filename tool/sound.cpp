@@ -1,4 +1,5 @@
 // xfm spectrum and xfm compress: what the transforms do to a recording.
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>

@@ -1,4 +1,5 @@
 // xfm test: every function of the library against the sum that defines it, on this machine.
+#include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>

@@ -1,0 +1,1 @@
+// Empty: the headers that are compiled once belong to a target with a source.
