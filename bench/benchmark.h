@@ -22,9 +22,9 @@ namespace xfm::bench {
 struct Options {
   std::string only = ".";  // a regular expression
   std::string sizes;
-  Pace pace;
+  Pace pace = {};
   std::string rivals = "all";
-  std::vector<std::string> against;
+  std::vector<std::string> against = {};
   bool copies = false;
   bool round_trip = false;  // forward and then inverse on the result
   size_t offset = 0, alignment = 64;

@@ -72,15 +72,9 @@ std::vector<Report> run(const Options& options) {
   return {report};
 }
 
-Options defaults() {
-  Options options;
-  options.sizes = "2,16,64";
-  return options;
-}
-
 }  // namespace
 
 const Benchmark kCpp = {"cpp", "Calls through xfm.hpp beside the C calls.", "lengths known at run time only, as 2-16,32,64",
-                        {shortest_dft, longest_dft}, defaults(), run};
+                        {shortest_dft, longest_dft}, {.sizes = "2,16,64"}, run};
 
 }  // namespace xfm::bench

@@ -136,15 +136,9 @@ std::vector<Report> run(const Options& options) {
   return {report};
 }
 
-Options defaults() {
-  Options options;
-  options.sizes = "1-22";
-  options.pace = {.rounds = 15, .microseconds = 2000};
-  return options;
-}
-
 }  // namespace
 
-const Benchmark kDct4 = {"dct4", "DCT-IV against FFTW's and against FFTW's complex transform of half the length.", "exponents: 2^exponent points", {1, 25}, defaults(), run};
+const Benchmark kDct4 = {"dct4", "DCT-IV against FFTW's and against FFTW's complex transform of half the length.",
+                           "exponents: 2^exponent points", {1, 25}, {.sizes = "1-22", .pace = {.rounds = 15, .microseconds = 2000}}, run};
 
 }  // namespace xfm::bench

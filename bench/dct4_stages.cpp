@@ -141,15 +141,9 @@ std::vector<Report> run(const Options& options) {
   return {report};
 }
 
-Options defaults() {
-  Options options;
-  options.sizes = "12-22";
-  options.pace = {.rounds = 15, .microseconds = 2000};
-  return options;
-}
-
 }  // namespace
 
-const Benchmark kDct4Stages = {"dct4-stages", "Time and bytes of every stage of long DCT-IVs.", "exponents: 2^exponent points", {7, 25}, defaults(), run};
+const Benchmark kDct4Stages = {"dct4-stages", "Time and bytes of every stage of long DCT-IVs.",
+                           "exponents: 2^exponent points", {7, 25}, {.sizes = "12-22", .pace = {.rounds = 15, .microseconds = 2000}}, run};
 
 }  // namespace xfm::bench

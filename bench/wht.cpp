@@ -156,15 +156,9 @@ std::vector<Report> run(const Options& options) {
   return {report};
 }
 
-Options defaults() {
-  Options options;
-  options.sizes = "1-13";
-  options.pace.microseconds = 2000;
-  return options;
-}
-
 }  // namespace
 
-const Benchmark kHadamard = {"wht", "Walsh-Hadamard transform of 2 to 8192 points against a plain loop and FFTW.", "orders: 2^order points", {1, kOrders}, defaults(), run};
+const Benchmark kHadamard = {"wht", "Walsh-Hadamard transform of 2 to 8192 points against a plain loop and FFTW.", "orders: 2^order points", {1, kOrders},
+                              {.sizes = "1-13", .pace = {.microseconds = 2000}}, run};
 
 }  // namespace xfm::bench
