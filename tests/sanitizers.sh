@@ -38,7 +38,7 @@ for unit in {src,dft,rdft,wht,dct4}/*.cpp; do
   cmp "$unit" "$work/$unit"
   compared=$((compared + 1))
 done
-"$work/audit/xfm_audit" report lib/libxfmgene9.so.6.1 --report "$work/bodies.tsv"
+"$work/audit/xfm_audit" report lib/libxfmgene9.so.6.1 --target "$source/plans/targets.tsv:base" --report "$work/bodies.tsv"
 cmp reports/audit_bodies.tsv "$work/bodies.tsv"
 [ "$compared" -gt 15 ] || exit 1
 echo "$compared files the same"
