@@ -15,6 +15,10 @@ class HalfBins {
     if (2 * k > n_) k = n_ - k, v = v.conj();
     if (!bins_[k]) bins_[k] = real_bin(k, n_) ? Pair{v.re, {}} : v;
   }
+  // Those of a row of a link, or the first half of them, the first at a place of the row.
+  void put(const LinkMap& map, int k1, const std::vector<Pair>& row, int first = 0) {
+    for (int k2 = 0; k2 < static_cast<int>(row.size()); ++k2) put(map.output(k1, k2 + first), row[k2]);
+  }
   Half take() { return std::move(bins_); }
 
  private:
@@ -28,6 +32,12 @@ std::vector<Ref> with_zeros(std::span<const Ref> x) {
   std::vector<Ref> padded(x.begin(), x.end());
   padded.resize(2 * x.size());
   return padded;
+}
+
+std::vector<Ref> real_parts(const std::vector<Pair>& row) {
+  std::vector<Ref> values;
+  for (const Pair& v : row) values.push_back(v.re);
+  return values;
 }
 
 }  // namespace
@@ -149,52 +159,43 @@ Half HalfSpectra::linked(const Plan& plan, std::span<const Ref> x, Wanted wanted
   }
   HalfBins bins(plan.length);
   for (int k1 = wanted == Wanted::Odd; k1 <= map.a / 2; k1 += wanted == Wanted::Odd ? 2 : 1) {
-    const char* const real_row = !map.twiddles ? "real row" : k1 == 0 ? "zero" : "middle row";
-    const Graph::Loop loop(g_, real_bin(k1, map.a) ? real_row : "row", k1);
-    if (real_bin(k1, map.a)) {
-      std::vector<Ref> row;
-      for (const Half& h : u) row.push_back(h[k1].re);
-      if (map.twiddles && k1 > 0) {
-        middle_row(plan.second(), row, map, bins);
-        continue;
-      }
-      const Half z = real(plan.second(), row);
-      for (int k2 = 0; k2 <= map.b / 2; ++k2) bins.put(map.output(k1, k2), z[k2]);
+    const bool real_row = real_bin(k1, map.a), middle = real_row && map.twiddles && k1 > 0;
+    const Graph::Loop loop(g_, !real_row ? "row" : !map.twiddles ? "real row" : middle ? "middle row" : "zero", k1);
+    std::vector<Pair> row;
+    for (const Half& h : u) row.push_back(plan.numbering.conjugate ? h[k1].conj() : h[k1]);
+    if (middle) {
+      middle_row(plan.second(), row, map, bins);
+    } else if (real_row) {
+      bins.put(map, k1, real(plan.second(), real_parts(row)));
     } else {
-      const bool conjugate = plan.numbering.conjugate;
-      std::vector<Pair> row;
-      for (int j = 0; j < map.b; ++j) {
-        const Graph::Loop rotation(g_, "rotation", j);
-        row.push_back(times(pairs_, conjugate ? u[j][k1].conj() : u[j][k1], map.twiddle(-1, j, k1)));
-      }
-      const std::vector<Pair> z = complex(plan.second(), row);
-      for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(conjugate ? -k1 : k1, k2), z[k2]);
+      rotated_row(plan.second(), row, plan.numbering.conjugate ? -k1 : k1, map, bins);
     }
   }
   return bins.take();
 }
 
+void HalfSpectra::rotated_row(const Plan& second, std::vector<Pair> row, int k1, const LinkMap& map, HalfBins& bins) {
+  for (int j = 0; j < map.b; ++j) {
+    const Graph::Loop rotation(g_, "rotation", j);
+    row[j] = times(pairs_, row[j], map.twiddle(-1, j, k1));
+  }
+  bins.put(map, k1, complex(second, row));
+}
+
 // The row at half the sampling rate of a twiddled link is real times exp(-i*pi*j/b). For odd b that is a real transform of
 // the row with alternating signs, its bins moved by (b-1)/2.
-void HalfSpectra::middle_row(const Plan& second, std::span<const Ref> row, const LinkMap& map, HalfBins& bins) {
+void HalfSpectra::middle_row(const Plan& second, const std::vector<Pair>& row, const LinkMap& map, HalfBins& bins) {
   const int k1 = map.a / 2;
   const bool stated = second.kind == Plan::Kind::Rows && second.parts.size() == 3;
+  std::vector<Ref> values = real_parts(row);
   if (stated && second.parts[2].kind != Plan::Kind::Turned) {
-    const Half z = real(second.parts[2], with_zeros(row), Wanted::Odd);
+    const Half z = real(second.parts[2], with_zeros(values), Wanted::Odd);
     for (int q = 1; q <= map.b; q += 2) bins.put(k1 * q, z[q]);
   } else if (stated || map.b % 2 == 0) {
-    std::vector<Pair> rotated;
-    for (int j = 0; j < map.b; ++j) {
-      const Graph::Loop rotation(g_, "rotation", j);
-      rotated.push_back(times(pairs_, Pair{row[j], {}}, map.twiddle(-1, j, k1)));
-    }
-    const std::vector<Pair> z = complex(second, rotated);
-    for (int k2 = 0; k2 < map.b; ++k2) bins.put(map.output(k1, k2), z[k2]);
+    rotated_row(second, row, k1, map, bins);
   } else {
-    std::vector<Ref> alternating;
-    for (int j = 0; j < map.b; ++j) alternating.push_back(j % 2 ? -row[j] : row[j]);
-    const Half z = real(second, alternating);
-    for (int k2 = 0; k2 <= map.b / 2; ++k2) bins.put(map.output(k1, k2 + (map.b - 1) / 2), z[k2]);
+    for (int j = 1; j < map.b; j += 2) values[j] = -values[j];
+    bins.put(map, k1, real(second, values), (map.b - 1) / 2);
   }
 }
 

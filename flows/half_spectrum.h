@@ -32,7 +32,8 @@ class HalfSpectra {
   Half odd_of_eight(std::span<const Ref> d);
   Half halves(const Plan& plan, std::span<const Ref> x, Wanted wanted);
   Half linked(const Plan& plan, std::span<const Ref> x, Wanted wanted);
-  void middle_row(const Plan& second, std::span<const Ref> row, const LinkMap& map, class HalfBins& bins);
+  void rotated_row(const Plan& second, std::vector<Pair> row, int k1, const LinkMap& map, class HalfBins& bins);
+  void middle_row(const Plan& second, const std::vector<Pair>& row, const LinkMap& map, HalfBins& bins);
   Half rader(const Plan& plan, std::span<const Ref> x, int sign);
   std::vector<Ref> second_transform(const Plan& plan, const Half& spectrum, Wanted wanted);
 

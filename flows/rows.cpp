@@ -1,7 +1,6 @@
 #include "flows/rows.h"
 
 #include <bit>
-#include <regex>
 
 #include "flows/numbers.h"
 
@@ -32,7 +31,8 @@ PlanBlocks read_blocks(const std::filesystem::path& file, int largest_butterfly,
     check_blocks(row, plan, largest_butterfly);
     const std::string length = std::to_string(plan.length);
     plan.name = row["Name"];
-    if (!std::regex_match(plan.name, std::regex("[A-Z]" + length + "[a-z]*")))
+    const std::string stem = plan.name.substr(0, plan.name.find_last_not_of("abcdefghijklmnopqrstuvwxyz") + 1);
+    if (stem.empty() || stem[0] < 'A' || stem[0] > 'Z' || stem.substr(1) != length)
       row.fail("'" + plan.name + "' is no name of a block of length " + length);
     if (!blocks.emplace(plan.name, plan).second) row.fail("a second block of the name " + plan.name);
     if (!precision || row["Precision"] == "-" || row.integer("Precision") != *precision) continue;

@@ -3,7 +3,7 @@
 set(sanitizers ${CMAKE_CURRENT_SOURCE_DIR}/sanitizers.sh ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
 add_test(NAME sanitized_programs COMMAND ${sanitizers})
 add_test(NAME sanitized_threads COMMAND ${sanitizers} thread)
-set_tests_properties(sanitized_programs sanitized_threads PROPERTIES LABELS "sanitizers;nightly" PROCESSORS 2 TIMEOUT 3000)
+set_tests_properties(sanitized_programs sanitized_threads PROPERTIES LABELS "sanitizers;nightly" PROCESSORS 2 TIMEOUT 6000)
 
 find_program(VALGRIND valgrind)
 if(NOT VALGRIND)

@@ -8,6 +8,8 @@ work=$(mktemp -d "$build/sanitized.XXXXXX")  # in the build, so that a compiler 
 trap 'rm -rf "$work"' EXIT
 export ASAN_OPTIONS=detect_leaks=1:verify_asan_link_order=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 export TSAN_OPTIONS=halt_on_error=1
+echo leak:libfontconfig >"$work/leaks"  # it keeps what it read of the fonts until the program ends
+export LSAN_OPTIONS=suppressions=$work/leaks:print_suppressions=0
 
 built() {  # targets
   cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PROJECT_Xfm_INCLUDE="$source/tests/scripts/sanitized.cmake" \
@@ -16,8 +18,12 @@ built() {  # targets
 }
 
 if [ "$sanitizers" = thread ]; then
-  built threads_test
+  built threads_test complex_faults
   "$work/tests/threads_test"
+  said=$(XFM_FAULT=one-scratch-for-all LD_PRELOAD=$work/tests/libcomplex_faults.so \
+    "$work/tests/threads_test" --gtest_filter='*OneThread' 2>&1) && { echo "a race was not seen" >&2; exit 1; }
+  [[ $said == *"data race"* ]] || { echo "$said" >&2; exit 1; }
+  echo "a race in a kernel is seen"
   exit
 fi
 
@@ -32,7 +38,7 @@ for unit in {src,dft,rdft,wht,dct4}/*.cpp; do
   cmp "$unit" "$work/$unit"
   compared=$((compared + 1))
 done
-"$work/audit/xfm_audit" report lib/libxfmgene9.so.6.1 --report "$work/bodies.tsv"
+"$work/audit/xfm_audit" report lib/libxfmgene9.so.6.1 --target "$source/plans/targets.tsv:base" --report "$work/bodies.tsv"
 cmp reports/audit_bodies.tsv "$work/bodies.tsv"
 [ "$compared" -gt 15 ] || exit 1
 echo "$compared files the same"
