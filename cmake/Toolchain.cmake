@@ -21,3 +21,7 @@ get_property(multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
 if(PROJECT_IS_TOP_LEVEL AND NOT multi_config AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release, RelWithDebInfo or MinSizeRel" FORCE)
 endif()
+
+# What runs during the build is optimised also where the build itself is not, and its arithmetic is that of the language;
+# g++ 12 misjudges joined strings.
+set(XFM_GENERATOR_FLAGS -O2 -Wall -Wextra -Wno-restrict -fno-fast-math -ffp-contract=off)
