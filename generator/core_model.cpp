@@ -151,7 +151,7 @@ class BodyStream {
 class Pipeline {
  public:
   explicit Pipeline(const std::vector<MicroOp>& body)
-      : body_(body), size_(static_cast<int>(body.size())), done_(size_ * kCopies, kNever), ready_(done_.size()) {}
+      : body_(body), size_(static_cast<int>(body.size())), done_(size_ * kCopies, kNever) {}
 
   double cycles_per_call() {
     while (next_ < static_cast<int>(done_.size()) || !queue_.empty()) {
@@ -165,27 +165,36 @@ class Pipeline {
  private:
   static constexpr int kCopies = 5;
 
-  int sources_done(int id) const {
+  struct Waiting {
+    int op, copy, from;  // the cycle before which it cannot start, as far as that is known
+  };
+
+  int sources_done(int op, int copy) const {
     int at = 0;
-    for (int s : body_[id % size_].sources) at = std::max(at, done_[id - id % size_ + s]);
+    for (int s : body_[op].sources) at = std::max(at, done_[copy * size_ + s]);
     return at;
   }
 
-  void finish(int id, int at) {
-    done_[id] = at;
-    finish_[id / size_] = std::max(finish_[id / size_], at);
+  void finish(int op, int copy, int at) {
+    done_[copy * size_ + op] = at;
+    finish_[copy] = std::max(finish_[copy], at);
   }
 
   void start_ready() {
     unsigned busy = 0;
-    std::erase_if(queue_, [&](int id) {
-      const MicroOp& op = body_[id % size_];
+    std::erase_if(queue_, [&](Waiting& w) {
+      const MicroOp& op = body_[w.op];
       const unsigned free = op.ports & ~busy;
-      if (!free || ready_[id] > cycle_ || sources_done(id) > cycle_) return false;
+      if (!free || w.from > cycle_) return false;
+      const int done = sources_done(w.op, w.copy);
+      if (done > cycle_) {
+        if (done < kNever) w.from = done;
+        return false;
+      }
       // Ports that shuffle are left for shuffles where another will do.
       const unsigned port = free & ~kShufflePorts ? free & ~kShufflePorts : free;
       busy |= port & -port;
-      finish(id, cycle_ + op.latency);
+      finish(w.op, w.copy, cycle_ + op.latency);
       return true;
     });
   }
@@ -193,17 +202,17 @@ class Pipeline {
   void hand_out() {
     int loads = 0;
     for (int k = 0; k < kPerCycle && next_ < static_cast<int>(done_.size()); ++k) {
-      const MicroOp& op = body_[next_ % size_];
+      const int at = next_ % size_, copy = next_ / size_;
+      const MicroOp& op = body_[at];
       while (oldest_ < next_ && done_[oldest_] <= cycle_) ++oldest_;
       if (next_ - oldest_ >= kInFlight || (op.loads && loads == kLoadsPerCycle)) return;
       if (op.ports == 0) {
-        const int from = std::max(cycle_, sources_done(next_));
+        const int from = std::max(cycle_, sources_done(at, copy));
         if (from >= kNever) return;  // a value that is not even on its way to the stack
-        finish(next_, from + op.latency);
+        finish(at, copy, from + op.latency);
       } else {
         if (queue_.size() == kQueue) return;
-        ready_[next_] = cycle_ + (op.loads ? kLoadLatency : 1);
-        queue_.push_back(next_);
+        queue_.push_back({at, copy, cycle_ + (op.loads ? kLoadLatency : 1)});
       }
       loads += op.loads;
       ++next_;
@@ -212,8 +221,8 @@ class Pipeline {
 
   const std::vector<MicroOp>& body_;
   const int size_;
-  std::vector<int> done_, ready_;
-  std::vector<int> queue_;
+  std::vector<int> done_;
+  std::vector<Waiting> queue_;
   std::array<int, kCopies> finish_{};
   int next_ = 0, oldest_ = 0, cycle_ = 0;
 };

@@ -12,7 +12,8 @@ class LatencyWindow {
  public:
   LatencyWindow(const Program& program, const std::vector<int>& order, Window window)
       : insts_(program.insts()), window_(window), pending_(order), users_(insts_.size()), done_(insts_.size(), -1),
-        path_(insts_.size()) {
+        path_(insts_.size()), from_(insts_.size(), -1) {
+    for (const Inst& i : insts_) ports_.push_back(ports(i.op));
     for (int i : order) operands(i, [&](int o) { ++users_[o]; });
     for (auto i = order.rbegin(); i != order.rend(); ++i)
       operands(*i, [&](int o) { path_[o] = std::max(path_[o], path_[*i] + cost(insts_[*i].op).latency); });
@@ -39,10 +40,17 @@ class LatencyWindow {
     each_operand(insts_, i, visit);
   }
 
-  bool ready(int i) const {
-    bool all = (ports(insts_[i].op) & ~busy_) != 0 || ports(insts_[i].op) == 0;
-    operands(i, [&](int o) { all = all && done_[o] >= 0 && done_[o] <= cycle_; });
-    return all;
+  bool ready(int i) {
+    if ((ports_[i] & ~busy_) == 0 && ports_[i] != 0) return false;
+    if (from_[i] < 0) from_[i] = operands_done(i);
+    return from_[i] >= 0 && from_[i] <= cycle_;
+  }
+
+  // The cycle in which the last operand is there; -1 while one has not started.
+  int operands_done(int i) const {
+    int last = 0;
+    operands(i, [&](int o) { last = last < 0 || done_[o] < 0 ? -1 : std::max(last, done_[o]); });
+    return last;
   }
 
   // Registers that an operation takes less those that it gives back.
@@ -66,7 +74,7 @@ class LatencyWindow {
   }
 
   void start(int i) {
-    const unsigned free = ports(insts_[i].op) & ~busy_;
+    const unsigned free = ports_[i] & ~busy_;
     busy_ |= free & -free;
     ++started_;
     done_[i] = cycle_ + cost(insts_[i].op).latency;
@@ -78,6 +86,8 @@ class LatencyWindow {
   const std::vector<Inst>& insts_;
   const Window window_;
   std::vector<int> pending_, users_, done_, path_, order_;
+  std::vector<int> from_;  // cycle from which its operands are there, once that is known
+  std::vector<unsigned> ports_;
   unsigned busy_ = 0;
   int started_ = 0, cycle_ = 0, live_ = 0;
 };
