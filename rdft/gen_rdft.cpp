@@ -1,5 +1,6 @@
 // Writes the units of the real transforms.
-//   gen_rdft UNIT PLANS TARGET OUTPUT            a unit, pgenrdftfwdccs32f and its like
+//   gen_rdft UNIT PLANS REPORT TARGET OUTPUT     a unit, pgenrdftfwdccs32f and its like, with a line for each kernel in REPORT:
+//                                                additions and multiplications, each of as many lanes as there are, and the form
 //   gen_rdft forms PLANS TARGET OUTPUT           forms of the kernels, their operations and what these ask of the ports
 //   gen_rdft counts-FAMILY PLANS TARGET OUTPUT   counts of the forward, inverse or hartley kernels, a line for each
 // The kernels of the target `base` are scalar; those of others are packed by the rows of pack_recipes.tsv.
@@ -38,9 +39,13 @@ pack::Forms::Form form_of(const Transform& t, const Row& row, const std::string&
                   grid(t.source, t.target, row.length));
 }
 
-std::string unit_text(const Transform& t, const std::string& type, const std::string& plans, const pack::Forms& forms) {
+struct Unit {
+  std::string text, report = "name\tadds\tmuls\tform\n";
+};
+
+Unit unit_of(const Transform& t, const std::string& type, const std::string& plans, const pack::Forms& forms) {
   const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
-  std::string text = unit_head(t.unit + type, "gen_rdft");
+  Unit unit{unit_head(t.unit + type, "gen_rdft")};
   for (const Row& row : read_rows(plans, t.family)) {
     const Function* function = functions.find(symbol(t, row.length, type));
     check(function != nullptr, "a public function " + symbol(t, row.length, type));
@@ -49,10 +54,13 @@ std::string unit_text(const Transform& t, const std::string& type, const std::st
                   std::to_string(row.counts.multiplications) + " multiplications";
     pack::Forms::Form form = form_of(t, row, type, forms);
     if (!form.name.empty()) kernel.note += "; " + form.name;
+    const pack::Arithmetic made = pack::arithmetic(form.program);
+    unit.report += function->name + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\t" +
+                   (form.name.empty() ? "scalar" : form.name) + "\n";
     kernel.body = scheduled(std::move(form.program), forms.registers());
-    text += kernel_text(kernel);
+    unit.text += kernel_text(kernel);
   }
-  return text;
+  return unit;
 }
 
 std::string forms_text(const std::string& plans, const pack::Forms& forms) {
@@ -95,37 +103,29 @@ std::string counts_text(Family family, const std::string& plans) {
   return text;
 }
 
-// The form of every body as the target has it, with its additions and multiplications, each of as many lanes as there are.
-std::string instructions_text(const std::string& plans, const pack::Forms& forms) {
-  std::string text = "name\tadds\tmuls\tform\n";
-  for (const Transform& t : transforms())
-    for (const auto& [type, precision] : kTypes)
-      for (const Row& row : read_rows(plans, t.family)) {
-        const pack::Forms::Form form = form_of(t, row, type, forms);
-        const pack::Arithmetic made = pack::arithmetic(form.program);
-        text += symbol(t, row.length, type) + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\t" +
-                form.name + "\n";
-      }
-  return text;
-}
-
-std::string text_of(const std::string& what, const std::string& plans, const pack::Forms& forms) {
+std::string report_text(const std::string& what, const std::string& plans, const pack::Forms& forms) {
   if (what == "forms") return forms_text(plans, forms);
-  if (what == "instructions") return instructions_text(plans, forms);
   if (what == "counts-forward") return counts_text(Family::Forward, plans);
   if (what == "counts-inverse") return counts_text(Family::Inverse, plans);
   if (what == "counts-hartley") return counts_text(Family::Hartley, plans);
+  throw InputError("no report is named " + what);
+}
+
+Unit unit_named(const std::string& name, const std::string& plans, const pack::Forms& forms) {
   for (const Transform& t : transforms())
     for (const auto& [type, precision] : kTypes)
-      if (what == t.unit + type) return unit_text(t, type, plans, forms);
-  throw InputError("no unit or report is named " + what);
+      if (name == t.unit + type) return unit_of(t, type, plans, forms);
+  throw InputError("no unit is named " + name);
 }
 
 void program(int argc, char** argv) {
-  if (argc != 5) throw InputError("usage: gen_rdft UNIT|forms|instructions|counts-FAMILY PLANS TARGET OUTPUT");
+  if (argc != 5 && argc != 6) throw InputError("usage: gen_rdft UNIT PLANS REPORT TARGET OUTPUT | forms|counts-FAMILY PLANS TARGET OUTPUT");
   const std::string plans = argv[2];
-  const pack::Forms forms = pack::Forms::read(plans, argv[3]);
-  write_file(argv[4], text_of(argv[1], plans, forms));
+  const pack::Forms forms = pack::Forms::read(plans, argv[argc - 2]);
+  if (argc == 5) return write_file(argv[4], report_text(argv[1], plans, forms));
+  const Unit unit = unit_named(argv[1], plans, forms);
+  write_file(argv[3], unit.report);
+  write_file(argv[5], unit.text);
 }
 
 }  // namespace

@@ -276,13 +276,13 @@ TEST_F(RealPlans, ABadBlockIsNamedInItsOwnTable) {
 }
 
 TEST_F(RealPlans, TheProgramWritesNothingOnBadInput) {
-  const std::string output = folder_ / "out/unit.cpp", plans = folder_.path().string();
+  const std::string output = folder_ / "out/unit.cpp", report = folder_ / "out/unit.tsv", plans = folder_.path().string();
   std::filesystem::create_directory(folder_ / "out");
   const auto generate = [&](const std::string& unit) {
-    return folder_.run(std::string(XFM_GEN_RDFT) + " " + unit + " " + plans + " base " + output);
+    return folder_.run(std::string(XFM_GEN_RDFT) + " " + unit + " " + plans + " " + report + " base " + output);
   };
   EXPECT_EQ(generate("pgenhartley16f"), 1);
-  expect_part(folder_.said, "no unit or report is named pgenhartley16f");
+  expect_part(folder_.said, "no unit is named pgenhartley16f");
   Lines lines = table(rdft::Family::Hartley);
   lines[lines.find({"63"})][2] = "303";
   lines.write(folder_ / "hartley_plans.tsv");

@@ -26,8 +26,9 @@ if [ "$what" = slice ]; then
   cd "$build"
   for unit in wht/pgen*.cpp dct4/pgen*.cpp rdft/pgenhartley32f.cpp src/dispatchers.cpp; do
     command=$(ninja -t commands -s "$unit")
-    mkdir -p "$work/$(dirname "$unit")"
-    (umask 077 && eval "${command//$build\/$unit/$work/$unit}")
+    mkdir -p "$work/$(dirname "$unit")" "$work/reports"
+    command=${command//$build\/$unit/$work/$unit}
+    (umask 077 && eval "${command//$build\/reports/$work/reports}")
     same "$build/$unit" "$work/$unit"
   done
 else
