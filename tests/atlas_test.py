@@ -47,6 +47,8 @@ def main():
     atlas, build = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
     with open(build / "reports" / "audit_bodies.tsv", encoding="utf-8") as file:
         code = {row["function"]: row for row in csv.DictReader(file, delimiter="\t") if row["line"] != "unaligned"}
+    copies = [folder.name for folder in (build / "reports").iterdir() if folder.is_dir()]
+    expect(sorted(forms(build, "xfmgHartley_17_64f")), sorted(f"form in {copy}" for copy in copies), "copies with reports")
     page = browser()
     try:
         page.get(atlas.as_uri())
