@@ -6,7 +6,7 @@
 
 #include "tests/arrays.h"
 #include "tests/fuzz/input.h"
-#include "xfm.h"
+#include "xfm.hpp"
 
 namespace {
 
@@ -14,9 +14,9 @@ using Guarded = test_arrays::Guarded<unsigned char>;
 
 struct Dispatcher {
   XfmStatus (*run)(const void*, void*, int, int, void*);
-  int element, first, last;
+  int element;
 };
-#define ROW(name, element) {reinterpret_cast<XfmStatus (*)(const void*, void*, int, int, void*)>(name), element, 2, 64}
+#define ROW(name, element) {reinterpret_cast<XfmStatus (*)(const void*, void*, int, int, void*)>(name), element}
 const Dispatcher kDispatchers[] = {
     ROW(xfmgDFTFwd_CToC_32fc, 8), ROW(xfmgDFTFwd_CToC_64fc, 16), ROW(xfmgDFTInv_CToC_32fc, 8), ROW(xfmgDFTInv_CToC_64fc, 16),
     ROW(xfmgDFTFwd_RToCCS_32f, 4), ROW(xfmgDFTFwd_RToCCS_64f, 8), ROW(xfmgDFTFwd_RToPack_32f, 4), ROW(xfmgDFTFwd_RToPack_64f, 8),
@@ -27,10 +27,10 @@ const Dispatcher kDispatchers[] = {
 void transform(fuzz::Input& in) {
   const auto index = in.below(18);
   const Dispatcher& d = kDispatchers[index];
-  const int length = in.flag() ? static_cast<int>(in.below(63)) + 2 : in.any();
+  const int length = in.flag() ? xfm::shortest_dft + static_cast<int>(in.below(xfm::longest_dft - xfm::shortest_dft + 1)) : in.any();
   const int flag = in.flag() ? 1 << in.below(4) : in.any();
-  const bool in_range = length >= d.first && length <= d.last, good_flag = flag == 1 || flag == 2 || flag == 4 || flag == 8;
-  const int cells = in_range ? length : 2, bytes = (cells + 2) * d.element;
+  const bool in_range = length >= xfm::shortest_dft && length <= xfm::longest_dft, good_flag = flag == 1 || flag == 2 || flag == 4 || flag == 8;
+  const int cells = in_range ? length : xfm::shortest_dft, bytes = (cells + 2) * d.element;
   const auto at = in.flag() ? Guarded::At::End : Guarded::At::Begin;
   Guarded src(bytes, at), dst(bytes, at);
   for (int i = 0; i < bytes; ++i) src.data()[i] = in.byte();
