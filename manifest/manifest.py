@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 """manifest.py check|renew MANIFEST REPORTS: one line for every public function. Of a kernel its plan, what its graph counts, and
-the digest of the graph (manifest/graphs.cpp); of the others the digest of what they write for fixed inputs. Behind these the
-instructions that add and multiply and the bytes of stack, of its machine code in the base. `check` names the lines that are no
-longer true; `renew` writes them."""
+the digest of the graph (manifest/graphs.cpp); of the others the digest of what they write for fixed inputs. Behind these, of its
+machine code in the base, the instructions that add, that multiply and that change signs (logic), and the bytes of stack. `check`
+names the lines that are no longer true; `renew` writes them."""
 import csv
 import pathlib
 import sys
 
 GRAPH = ["plan", "additions", "multiplications", "products", "digest"]
-CODE = {"code adds": "adds", "code muls": "muls", "stack": "frame_bytes"}
+CODE = {"code adds": "adds", "code muls": "muls", "code logic": "logic", "stack": "frame_bytes"}
 
 
 def rows(path):
