@@ -46,6 +46,13 @@ template <class Real>
   return {src, start, -start - kLanes<Real>, (mirror + 1) / 2 - kLanes<Real>};
 }
 
+// A distance of which the compiler knows nothing. What it would work out of it ahead of a loop of few turns, the places of all
+// rows, only waits in memory until its turn comes.
+[[gnu::always_inline]] inline ptrdiff_t opaque(ptrdiff_t distance) {
+  asm("" : "+r"(distance));
+  return distance;
+}
+
 // V elements into a buffer, which is aligned, and out of it.
 [[gnu::always_inline]] inline void move_in(float* to, const float* from) { _mm256_store_ps(to, _mm256_loadu_ps(from)); }
 [[gnu::always_inline]] inline void move_in(double* to, const double* from) { _mm256_store_pd(to, _mm256_loadu_pd(from)); }

@@ -71,9 +71,9 @@ inline const Env7* split_for_turns(const Env3* columns, const Env2* groups) {
   return split->rule == kPlanned ? split : nullptr;
 }
 
-// The general rule of the root.
+// The general rule of the root. By itself: a function that held the straight lines, too, would save its registers for them.
 template <class P, class Real = typename P::Real>
-XfmStatus transform_general(const Env1* self, Real* dst, const Real* src) {
+[[gnu::noinline]] XfmStatus transform_general(const Env1* self, Real* dst, const Real* src) {
   Real* const scratch = static_cast<Real*>(self->scratch);
   const Env3* const columns = first_of<Env3>(self->stageTwo);
   const Env2* const groups = first_of<Env2>(self->stageOne);

@@ -13,7 +13,7 @@ constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
 
 template <class Env>
 const Env* first_of(const EnvList* stage) {
-  return static_cast<const Env*>(EnvList_get(stage, 0));
+  return static_cast<const Env*>(stage->item);
 }
 
 // A kernel that is used with one number of columns only is given it.
@@ -22,7 +22,8 @@ template <class Real, ForwardKernel<Real>* kernel, ptrdiff_t columns = 0>
   constexpr ptrdiff_t V = kLanes<Real>;
   const ptrdiff_t step = columns ? 2 * columns : self->span, stride = columns ? columns : self->radix;
   for (ptrdiff_t i = 0; i < self->vecRadix; ++i)
-    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), step, t + V * i, stride);
+    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), columns ? step : opaque(step), t + V * i,
+           columns ? stride : opaque(stride));
   return xfmStatusOk;
 }
 

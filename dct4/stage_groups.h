@@ -34,7 +34,7 @@ template <int length, class Real, SynthesisKernel<Real>* kernel>
     ptrdiff_t lowest = buffered ? (3 * d - 1) * K * V + V * (K - 1) : wrap - V * i - (V - 1);
     for (ptrdiff_t k = 0; k < together; ++k, t += length * V, table += length * V, lowest -= V) {
       if (ahead != 0) fetch(table + ahead, length * V);
-      kernel(t, table, {up + V * k}, {down, lowest}, step);
+      kernel(t, table, {up + V * k}, {down, lowest}, opaque(step));
     }
     Real* const last = dst + (wrap + 1 - m * d - V * (i + K));
     if (past)
