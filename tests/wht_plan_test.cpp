@@ -35,7 +35,9 @@ TEST(Plans, BadRowsAreRefusedWithTheirLineAndLeaveNoUnit) {
       {"32f\t3\t3\t1\t-", "32f\t3\t3\t1\tpermute", ":13: inside: \"permute\""},
       {"v4\t32f\t5\t5\t16\tpermute\t10", "v4\t32f\t5\t5\t16\tpermute\t9", ":67: additions: the passes have 10", "v4"},
       {"v4\t32f\t5\t5\t16\tpermute", "v4\t32f\t5\t5\t16\ttranspose", ":67: a block is less than a group", "v4"},
-      {"v4\t32f\t13\t6 3 4", "v4\t32f\t12\t6 3 4", ":75: the orders of a type follow each other", "v4"},
+      {"v4\t32f\t13\t8 5", "v4\t32f\t12\t8 5", ":75: the orders of a type follow each other", "v4"},
+      {"v4\t32f\t13\t8 5", "v4\t32f\t13\t9 4", ":75: passes: \"9\" is not an order from 1 to 8", "v4"},
+      {"3072\t256\t1024\t16384\t2048", "3072\t256\t1024\t16384\t4096", ":74: staging: base has 2048", "v4"},
   };
   for (const Case& c : cases) {
     Changed plans(c.from, c.to);

@@ -1,5 +1,6 @@
 #include "wht/passes.h"
 
+#include "generator/check.h"
 #include "generator/schedule.h"
 #include "generator/text.h"
 
@@ -39,9 +40,23 @@ Lines body(const Pass& pass, const std::string& from, const std::string& to, con
   return body_text(scheduled(pass.program), {.sources = {from}, .targets = {to}, .pool = pool, .access = access, .scale_lanes = 1});
 }
 
+// Two passes have no use for a staging region, but all bytes of a buffer are written: zeros, some behind each block.
+Lines idle_staging(const Plan& plan) {
+  const int cells = plan.staging_bytes / plan.element_bytes(), lanes = width(plan.type);
+  const int share = cells / (plan.length() / plan.block());
+  check(share % lanes == 0, "a share of the staging region is whole registers");
+  Program zeros;
+  for (int cell = 0; cell < share; cell += lanes)
+    zeros.store(StoreKind::Full, zeros.emit({.op = Op::Zero, .type = plan.type}), cell);
+  Lines lines = {"auto* rest = staging + block / " + std::to_string(plan.length() / cells) + ";"};
+  append(lines, body({zeros, 1}, "from", "rest", access(plan, Move::InBuffer)));
+  return lines;
+}
+
 Lines blocks(const Plan& plan, const std::vector<Pass>& passes, const std::string& pool) {
   Lines block = {"const auto* from = x + block;", "auto* to = main_region + block;"};
   append(block, body(passes[0], "from", "to", access(plan, Move::FromSrc), pool));
+  if (plan.staging_bytes > 0) append(block, idle_staging(plan));
   return loop("block", plan.length(), plan.block(), block);
 }
 
@@ -86,9 +101,8 @@ Lines pass_statements(const Plan& plan, const std::vector<Pass>& passes, const s
   const std::string bytes = std::to_string(plan.main_bytes + plan.staging_bytes);
   Lines lines = {"void* own = nullptr;", "if (buffer == nullptr) own = buffer = xfmMalloc(" + bytes + ");",
                  element + "* const main_region = static_cast<" + element + "*>(buffer);"};
-  const bool staged = passes.size() == 3;
-  if (staged) lines.push_back(element + "* const staging = main_region + " + std::to_string(plan.length()) + ";");
-  append(lines, staged ? chunks(plan, passes, pool) : blocks(plan, passes, pool));
+  if (plan.staging_bytes > 0) lines.push_back(element + "* const staging = main_region + " + std::to_string(plan.length()) + ";");
+  append(lines, passes.size() == 3 ? chunks(plan, passes, pool) : blocks(plan, passes, pool));
   Lines column = {"const auto* from = main_region + column;", "auto* to = y + column;"};
   append(column, body(passes.back(), "from", "to", access(plan, Move::ToDst)));
   append(lines, loop("column", plan.chunk(), width(plan.type), column));

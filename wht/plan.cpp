@@ -1,5 +1,6 @@
 #include "wht/plan.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace xfm::wht {
@@ -24,23 +25,26 @@ std::vector<int> pass_orders(const TableRow& row) {
   std::vector<int> orders;
   for (const std::string& text : split(row["passes"], ' ')) {
     const int order = decimal(text).value_or(0);
-    if (order < 1 || order > kRegisterOrders)
-      row.fail("passes: \"" + text + "\" is not an order from 1 to 7");
+    if (order < 1 || order > kLargestPass)
+      row.fail("passes: \"" + text + "\" is not an order from 1 to " + std::to_string(kLargestPass));
     orders.push_back(order);
   }
   return orders;
 }
 
-void validate(const Plan& plan, const TableRow& row) {
+// The regions of the buffer are those of the first target, whose passes use them whole; those of others may use less.
+void validate(const Plan& plan, const TableRow& row, const TableRow& first) {
   if (std::accumulate(plan.passes.begin(), plan.passes.end(), 0) != plan.order) row.fail("the passes do not add up to the order");
   const bool large = plan.order > kRegisterOrders;
   const size_t passes = plan.passes.size();
   if (large ? passes != 2 && passes != 3 : passes != 1) row.fail("one pass up to order 7, two or three above it");
   const int lanes = width(plan.type), group = plan.inside == Inside::Transpose ? lanes * lanes : lanes;
   if (plan.block() < group) row.fail("a block is less than a group of registers");
-  const int element = single_precision(plan.type) ? 4 : 8;
+  const int element = plan.element_bytes();
   if (plan.main_bytes != (large ? plan.length() * element : 0)) row.fail("main: the region holds the data once from order 8 on");
-  if (plan.staging_bytes != (passes == 3 ? plan.chunk() * element : 0)) row.fail("staging: the region holds a chunk of three passes");
+  const int staged = passes == 3 ? plan.chunk() * element : 0;
+  if (staged > plan.staging_bytes || (&row == &first && staged < plan.staging_bytes)) row.fail("staging: the region holds a chunk of three passes");
+  if (row["staging"] != first["staging"]) row.fail("staging: " + first["target"] + " has " + first["staging"]);
 }
 
 }  // namespace
@@ -74,7 +78,8 @@ std::vector<Plan> read_plans(const std::filesystem::path& path, const std::strin
               .staging_bytes = row.integer("staging"),
               .row = row};
     if (plan.order != static_cast<int>(plans.size()) + 1) row.fail("the orders of a type follow each other from 1 on");
-    validate(plan, row);
+    const auto alike = [&](const TableRow& other) { return other["type"] == type && other["order"] == row["order"]; };
+    validate(plan, row, *std::ranges::find_if(table.rows(), alike));
     plans.push_back(std::move(plan));
   }
   if (plans.size() != kOrders) fail_input(path.string(), 0, target + " " + type + " has " + std::to_string(plans.size()) + " orders instead of 13");

@@ -12,6 +12,7 @@ namespace xfm::wht {
 
 inline constexpr int kOrders = 13;
 inline constexpr int kRegisterOrders = 7;  // up to here one pass and no work buffer
+inline constexpr int kLargestPass = 8;     // what registers of 512 bits hold
 
 struct Plan {
   int order = 0;
@@ -23,6 +24,7 @@ struct Plan {
   TableRow row;             // where it comes from
 
   [[nodiscard]] int length() const { return 1 << order; }
+  [[nodiscard]] int element_bytes() const { return bits(type) / 8 / width(type); }
   [[nodiscard]] int block() const { return 1 << passes[0]; }  // elements of one block of the first pass
   // Elements that the passes before the last one transform together: with three passes a chunk in the staging region.
   [[nodiscard]] int chunk() const { return length() >> passes.back(); }
