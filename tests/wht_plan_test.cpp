@@ -37,6 +37,7 @@ TEST(Plans, BadRowsAreRefusedWithTheirLineAndLeaveNoUnit) {
       {"v4\t32f\t5\t5\t16\tpermute", "v4\t32f\t5\t5\t16\ttranspose", ":67: a block is less than a group", "v4"},
       {"v4\t32f\t13\t8 5", "v4\t32f\t12\t8 5", ":75: the orders of a type follow each other", "v4"},
       {"v4\t32f\t13\t8 5", "v4\t32f\t13\t9 4", ":75: passes: \"9\" is not an order from 1 to 8", "v4"},
+      {"v4\t32f\t12\t7 5", "v4\t32f\t12\t6 6", ":74: staging: no whole registers", "v4"},
       {"3072\t256\t1024\t16384\t2048", "3072\t256\t1024\t16384\t4096", ":74: staging: base has 2048", "v4"},
   };
   for (const Case& c : cases) {

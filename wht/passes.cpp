@@ -1,6 +1,5 @@
 #include "wht/passes.h"
 
-#include "generator/check.h"
 #include "generator/schedule.h"
 #include "generator/text.h"
 
@@ -44,7 +43,6 @@ Lines body(const Pass& pass, const std::string& from, const std::string& to, con
 Lines idle_staging(const Plan& plan) {
   const int cells = plan.staging_bytes / plan.element_bytes(), lanes = width(plan.type);
   const int share = cells / (plan.length() / plan.block());
-  check(share % lanes == 0, "a share of the staging region is whole registers");
   Program zeros;
   for (int cell = 0; cell < share; cell += lanes)
     zeros.store(StoreKind::Full, zeros.emit({.op = Op::Zero, .type = plan.type}), cell);
