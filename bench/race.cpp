@@ -73,7 +73,7 @@ Race race(const std::string& title, const std::vector<Calls>& contestants, const
   return result;
 }
 
-Memory::Memory(size_t bytes) : size_((bytes + 4095) / 4096 * 4096) {
+Memory::Memory(size_t bytes) : size_((bytes + kArrays * kGap + 4095) / 4096 * 4096) {
   data_.reset(static_cast<unsigned char*>(std::aligned_alloc(4096, size_)));
   if (data_ == nullptr) throw std::bad_alloc();
   std::memset(data_.get(), 0, size_);
@@ -84,7 +84,7 @@ void Memory::Free::operator()(unsigned char* p) const { std::free(p); }
 unsigned char* Memory::take(size_t bytes, size_t offset, size_t alignment) {
   const size_t first = (used_ + alignment - 1) / alignment * alignment + offset;
   unsigned char* const start = data_.get() + first;
-  used_ = first + bytes;
+  used_ = first + bytes + kGap;
   check(used_ <= size_, "the arrays of a benchmark need more memory than was asked for");
   return start;
 }

@@ -41,7 +41,8 @@ class GeometricMean {
   int count_ = 0;
 };
 
-// Bytes at a page's start, so that arrays laid out in them one behind the other share no address modulo a page.
+// Bytes at a page's start. Arrays laid out in them stand a few lines apart, so that those of a page's length share no address
+// modulo a page unless it is asked for.
 class Memory {
  public:
   explicit Memory(size_t bytes);
@@ -54,6 +55,7 @@ class Memory {
  private:
   unsigned char* take(size_t bytes, size_t offset, size_t alignment);
 
+  static constexpr size_t kGap = 5 * 64, kArrays = 8;  // so many at most
   struct Free {
     void operator()(unsigned char* p) const;
   };

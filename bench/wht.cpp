@@ -33,8 +33,7 @@ struct Arrays {
     for (T** p : {&src, &dst, &other, &buffer}) *p = memory.array<T>(kBytes / sizeof(T), options.offset, options.alignment);
   }
 
-  // The largest work buffer, and five lines, so that arrays do not stand at one offset within their pages unless it is asked for.
-  static constexpr size_t kBytes = (sizeof(T) << kOrders) + 8192 + 320;
+  static constexpr size_t kBytes = (sizeof(T) << kOrders) + 8192;  // the largest work buffer
   Memory memory;
   T *src, *dst, *other, *buffer;
 };
