@@ -36,11 +36,17 @@ constexpr const char* kComplexOperations[] = {
 #include "pgendftinv64fcg9.inc"
 };
 constexpr const char* kRealOperations[] = {
-#include "real_counts_forward.inc"
+#include "pgenrdftfwdccs32f.inc"
     ,
-#include "real_counts_inverse.inc"
+#include "pgenrdftfwdccs64f.inc"
     ,
-#include "hartley_counts.inc"
+#include "pgenrdftinvccs32f.inc"
+    ,
+#include "pgenrdftinvccs64f.inc"
+    ,
+#include "pgenhartley32f.inc"
+    ,
+#include "pgenhartley64f.inc"
 };
 constexpr const char kDct4Operations[] =
 #include "dct4_counts.inc"
