@@ -1,0 +1,37 @@
+#!/usr/bin/env python3
+"""medians.py OUTPUT RUN...: results of several runs of one benchmark (`xfm bench --json`) as one, each number the median of theirs.
+Addresses that a run happens to have move single lengths for as long as it lasts. The notes, means of one run, are left out."""
+import json
+import pathlib
+import statistics
+import sys
+
+
+def merged(cells):
+    return statistics.median(cells) if all(isinstance(cell, (int, float)) for cell in cells) else cells[0]
+
+
+def lines(name, items):
+    return f'"{name}": [\n' + ",\n".join(json.dumps(item, ensure_ascii=False) for item in items) + "]"
+
+
+def text(document):
+    head = json.dumps({key: value for key, value in document.items() if key != "reports"}, ensure_ascii=False)[1:-1]
+    reports = [f'{{"benchmark": {json.dumps(report["benchmark"])},\n'
+               + ",\n".join(lines(part, report[part]) for part in ("columns", "rows", "notes")) + "}" for report in document["reports"]]
+    return "{" + head + ',\n"reports": [\n' + ",\n".join(reports) + "]}\n"
+
+
+def main():
+    output, *paths = map(pathlib.Path, sys.argv[1:])
+    runs = [json.loads(path.read_text()) for path in paths]
+    for reports in zip(*(run["reports"] for run in runs), strict=True):
+        keys = [[row[:2] for row in report["rows"]] for report in reports]
+        if any(other != keys[0] for other in keys):
+            sys.exit(f"{reports[0]['benchmark']}: the runs have other rows")
+        reports[0]["rows"] = [[merged(cells) for cells in zip(*rows)] for rows in zip(*(report["rows"] for report in reports))]
+        reports[0]["notes"] = []
+    output.write_text(text(runs[0]))
+
+
+main()
