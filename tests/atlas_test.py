@@ -37,10 +37,13 @@ def expect(got, wanted, what):
 
 
 def forms(build, function):
-    """What the copies make of a kernel, by the rows of their reports."""
-    rows = [(report.parent.name, line.split("\t")) for report in build.glob("reports/*/*.tsv")
-            for line in report.read_text(encoding="utf-8").splitlines()]
-    return {f"form in {target}": cells[-1] for target, cells in rows if cells[0] == function}
+    """What the build's reports say of a kernel's form in each copy."""
+    found = {}
+    for path in (build / "reports").glob("*/*.tsv"):
+        columns, *rows = (line.split("\t") for line in path.read_text(encoding="utf-8").splitlines() if not line.startswith("#"))
+        if "form" in columns:
+            found.update({f"form in {path.parent.name}": row[columns.index("form")] for row in rows if row[0] == function})
+    return found
 
 
 def main():
