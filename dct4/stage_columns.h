@@ -11,6 +11,7 @@ namespace {
 
 constexpr XfmStatus kNoSuchRule = -5;  // no planned state has one
 
+// As by EnvList_get, without a call.
 template <class Env>
 const Env* first_of(const EnvList* stage) {
   return static_cast<const Env*>(stage->item);
@@ -21,9 +22,9 @@ template <class Real, ForwardKernel<Real>* kernel, ptrdiff_t columns = 0>
 [[gnu::always_inline]] inline XfmStatus transform_whole(const Env5* self, Real* t, const Real* src) {
   constexpr ptrdiff_t V = kLanes<Real>;
   const ptrdiff_t step = columns ? 2 * columns : self->span, stride = columns ? columns : self->radix;
+  const auto distance = [](ptrdiff_t rows) { return columns ? rows : opaque(rows); };
   for (ptrdiff_t i = 0; i < self->vecRadix; ++i)
-    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), columns ? step : opaque(step), t + V * i,
-           columns ? stride : opaque(stride));
+    kernel(source_columns(src, V * i, self->wrap - 2 * V * i), distance(step), t + V * i, distance(stride));
   return xfmStatusOk;
 }
 

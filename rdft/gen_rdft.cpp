@@ -29,18 +29,17 @@ struct Unit {
   std::string text, report;
 };
 
-std::string report_head() {
-  return "name\tadds\tmuls\tform\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\tvmulsd\tvcvtss2sd\tvcvtsd2ss\tsrc_loads\tdst_stores\n";
-}
+constexpr const char* kReportHead =
+    "name\tadds\tmuls\tform\tvaddss\tvsubss\tvmulss\tvaddsd\tvsubsd\tvmulsd\tvcvtss2sd\tvcvtsd2ss\tsrc_loads\tdst_stores\n";
 
-std::string report_line(const std::string& name, const Program& scalar, const pack::Forms::Form& form, Type element) {
+std::string report_line(const std::string& name, const Program& scalar, const pack::Forms::Form& form) {
   const pack::Arithmetic made = pack::arithmetic(form.program);
   std::string line = name + "\t" + std::to_string(made.sums) + "\t" + std::to_string(made.products) + "\t" +
                      (form.name.empty() ? "scalar" : form.name);
   for (const Type in : {Type::F32, Type::F64})
     for (const Op op : {Op::Add, Op::Sub, Op::Mul}) line += "\t" + std::to_string(count(scalar, op, in));
-  for (const int n : {count(scalar, Op::Widen, Type::F64), count(scalar, Op::Narrow, Type::F32), count(scalar, Op::Load, element),
-                      static_cast<int>(scalar.stores().size())})
+  const int loads = count(scalar, Op::Load, Type::F32) + count(scalar, Op::Load, Type::F64);
+  for (const int n : {count(scalar, Op::Widen, Type::F64), count(scalar, Op::Narrow, Type::F32), loads, static_cast<int>(scalar.stores().size())})
     line += "\t" + std::to_string(n);
   return line + "\n";
 }
@@ -48,7 +47,7 @@ std::string report_line(const std::string& name, const Program& scalar, const pa
 Unit unit_of(const Transform& t, const std::string& type, const std::string& plans, const pack::Forms& forms) {
   const FunctionList functions = FunctionList::read(plans + "/functions.tsv");
   const Precision precision = kTypes.at(type);
-  Unit unit{unit_head(t.unit + type, "gen_rdft"), report_head()};
+  Unit unit{unit_head(t.unit + type, "gen_rdft"), kReportHead};
   for (const Row& row : read_rows(plans, t.family)) {
     const Function* function = functions.find(symbol(t, row.length, type));
     check(function != nullptr, "a public function " + symbol(t, row.length, type));
@@ -59,7 +58,7 @@ Unit unit_of(const Transform& t, const std::string& type, const std::string& pla
     check_lowered(scalar, row.flow, row.counts, precision);
     pack::Forms::Form form = forms.of(scalar, kernels_name(t.family), row.length, type, grid(t.source, t.target, row.length));
     if (!form.name.empty()) kernel.note += "; " + form.name;
-    unit.report += report_line(function->name, scalar, form, precision == Precision::Single ? Type::F32 : Type::F64);
+    unit.report += report_line(function->name, scalar, form);
     kernel.body = scheduled(std::move(form.program), forms.registers());
     unit.text += kernel_text(kernel);
   }

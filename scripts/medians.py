@@ -11,17 +11,6 @@ def merged(cells):
     return statistics.median(cells) if all(isinstance(cell, (int, float)) for cell in cells) else cells[0]
 
 
-def lines(name, items):
-    return f'"{name}": [\n' + ",\n".join(json.dumps(item, ensure_ascii=False) for item in items) + "]"
-
-
-def text(document):
-    head = json.dumps({key: value for key, value in document.items() if key != "reports"}, ensure_ascii=False)[1:-1]
-    reports = [f'{{"benchmark": {json.dumps(report["benchmark"])},\n'
-               + ",\n".join(lines(part, report[part]) for part in ("columns", "rows", "notes")) + "}" for report in document["reports"]]
-    return "{" + head + ',\n"reports": [\n' + ",\n".join(reports) + "]}\n"
-
-
 def main():
     output, *paths = map(pathlib.Path, sys.argv[1:])
     runs = [json.loads(path.read_text()) for path in paths]
@@ -31,7 +20,7 @@ def main():
             sys.exit(f"{reports[0]['benchmark']}: the runs have other rows")
         reports[0]["rows"] = [[merged(cells) for cells in zip(*rows)] for rows in zip(*(report["rows"] for report in reports))]
         reports[0]["notes"] = []
-    output.write_text(text(runs[0]))
+    output.write_text(json.dumps(runs[0]))
 
 
 main()
