@@ -26,6 +26,7 @@ Cost cost(Op op) {
     case Op::UnpackLow:
     case Op::UnpackHigh:
     case Op::Permute:
+    case Op::Insert:
     case Op::PairShuffle: return {Shuffle, 1};
     case Op::Join:
     case Op::HighHalf: return {Shuffle, 3};

@@ -169,6 +169,7 @@ class Execution {
       case Op::Halves: return halves(i);
       case Op::PairShuffle: return pairs(i);
       case Op::Blend: return filled(i.type, [&](int l) { return operand(i.imm >> l & 1 ? i.b : i.a, i.type)[l]; });
+      case Op::Insert: return filled(i.type, [&](int l) { return l == i.imm % 4 ? operand(i.b, i.type)[i.imm / 4] : operand(i.a, i.type)[l]; });
       case Op::Pick: return picked(i);
       case Op::Join: return joined(i);
       case Op::LowHalf:

@@ -46,6 +46,7 @@ enum class Op {
   Halves,     // 128-bit parts picked from a and b (256, 512 bits); imm as the instruction's
   PairShuffle,  // F32x8 as four pairs: imm bit l picks, within each 128-bit half, the pair of a (even l) or b (odd l)
   Blend,      // imm bit l picks lane l of b instead of a
+  Insert,     // a, with lane imm % 4 replaced by lane imm / 4 of b (F32x4)
   Pick,       // lane l is the one that entry l of pattern `imm` names: of a, or from width(type) on of b where there is one
   Join,       // from a the lower, from b the upper half
   LowHalf, HighHalf,  // of a value twice as wide

@@ -97,13 +97,13 @@ class Units {
 // One operation of the packed program: in each lane one of the scalar program.
 struct Pack {
   Lanes lanes = kEmpty;
-  std::array<bool, kMaxLanes> exchanged = {};  // a sum taken as b + a
+  std::array<bool, kMaxLanes> exchanged = {};  // a sum taken as b + a, a difference as -b + a
 };
 
 class Packer {
  public:
   Packer(const Network& network, const std::vector<Family>& families, const Rule& rule, const Target& target, Grid grid)
-      : network_(network), lanes_(rule.lanes), grid_(grid), units_(network, all_runs(families, rule)),
+      : network_(network), lanes_(rule.lanes), grid_(grid), units_(network, runs(network, families, rule, grid.pairs)),
         moves_(target), registers_(network, program_, moves_, rule.lanes, {grid.loads}) {}
 
   Program run() {
@@ -130,13 +130,6 @@ class Packer {
   }
 
  private:
-  static std::vector<std::vector<int>> all_runs(const std::vector<Family>& families, const Rule& rule) {
-    std::vector<std::vector<int>> all;
-    for (const Family& f : families)
-      for (std::vector<int>& run : runs(f, rule)) all.push_back(std::move(run));
-    return all;
-  }
-
   const Operation& operation(int i) const { return network_.operations[i]; }
   const Operation& first_of(const Pack& p) const {
     return operation(*std::ranges::find_if(p.lanes, [](int o) { return o != kNone; }));
@@ -153,11 +146,19 @@ class Packer {
     return out;
   }
 
-  // Moves that the operands of a pack take, beside those of the packs before it.
+  // Moves that the operands of a pack take, beside those of the packs before it, and a change of signs.
   double price(const Pack& p) {
-    double sum = 0;
+    double sum = exchanges_some(p) ? kFlip : 0;
     for (const Lanes& want : operands(p)) sum += asked_.contains(want) ? 0 : registers_.price(want);
     return sum;
+  }
+
+  // Whether it has differences both as they stand and exchanged.
+  bool exchanges_some(const Pack& p) const {
+    bool exchanged = false, straight = false;
+    for (int l = 0; l < lanes_; ++l)
+      if (p.lanes[l] != kNone && operation(p.lanes[l]).minus) (p.exchanged[l] ? exchanged : straight) = true;
+    return exchanged && straight;
   }
 
   void ask(const Pack& p) {
@@ -205,13 +206,13 @@ class Packer {
     return std::ranges::all_of(p.lanes, [&](int o) { return o == kNone || units_.height(units_.of(o)) + round < most_; });
   }
 
-  // A run in its order, sums exchanged where that saves moves.
+  // A run in its order, sums and differences exchanged where that saves moves.
   Pack placed(const std::vector<int>& members) {
     Pack p;
     for (size_t l = 0; l < members.size(); ++l) {
       p.lanes[l] = members[l];
       const Operation& o = operation(members[l]);
-      if (o.kind != Kind::Sum || o.minus) continue;
+      if (o.kind != Kind::Sum) continue;
       const double straight = price(p);
       p.exchanged[l] = true;
       if (price(p) > straight - 1e-9) p.exchanged[l] = false;
@@ -235,8 +236,7 @@ class Packer {
       for (size_t i = 0; i < list.size(); ++i)
         for (int l = 0; l < lanes_; ++l) {
           if (p.lanes[l] != kNone) continue;
-          const bool may_exchange = first.kind == Kind::Sum && !operation(list[i]).minus;
-          for (int exchanged = 0; exchanged <= (may_exchange ? 1 : 0); ++exchanged) {
+          for (int exchanged = 0; exchanged <= (first.kind == Kind::Sum ? 1 : 0); ++exchanged) {
             Pack with = p;
             with.lanes[l] = list[i];
             with.exchanged[l] = exchanged;
@@ -280,15 +280,28 @@ class Packer {
       if (p.lanes[l] != kNone) home_lane_[p.lanes[l]] = l;
   }
 
+  // Of its two operands. Where differences of both orders meet, a changes its sign in the exchanged ones.
   int sum(const Pack& p, Type type, int a, int b) {
+    std::vector<bool> minus_a(width(type)), minus_b(width(type));
+    for (int l = 0; l < lanes_; ++l)
+      if (p.lanes[l] != kNone && operation(p.lanes[l]).minus) (p.exchanged[l] ? minus_a : minus_b)[l] = true;
+    if (exchanges_some(p)) {
+      a = program_.flip(type, a, minus_a);
+    } else if (std::ranges::count(minus_a, true)) {
+      std::swap(a, b), std::swap(minus_a, minus_b);
+    }
+    return signed_sum(p, type, a, b, minus_b);
+  }
+
+  // Lane by lane a - b where it says so, else a + b.
+  int signed_sum(const Pack& p, Type type, int a, int b, const std::vector<bool>& minus) {
     std::vector<int> signs(width(type), 1);
     bool all = true, none = true, alternating = bits(type) < 512;
     for (int l = 0; l < lanes_; ++l) {
       if (p.lanes[l] == kNone) continue;
-      const bool minus = operation(p.lanes[l]).minus;
-      signs[l] = minus ? -1 : 1;
-      all = all && minus, none = none && !minus;
-      alternating = alternating && minus == (l % 2 == 0);
+      signs[l] = minus[l] ? -1 : 1;
+      all = all && minus[l], none = none && !minus[l];
+      alternating = alternating && minus[l] == (l % 2 == 0);
     }
     if (!all && !none && !alternating) return program_.signed_add(type, a, b, signs);
     return program_.emit({.op = none ? Op::Add : all ? Op::Sub : Op::AddSub, .type = type, .a = a, .b = b});
@@ -311,6 +324,7 @@ class Packer {
     }
   }
 
+  static constexpr double kFlip = 0.5;     // a change of signs
   static constexpr double kOperation = 1;  // beside a move, what an operation by itself costs
 
   const Network& network_;

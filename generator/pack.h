@@ -19,6 +19,7 @@ namespace xfm::pack {
 // the result at once would else wait for stores that a load does not lie within; -1 where any place will do.
 struct Grid {
   int loads = -1, stores = -1;
+  int pairs = 0;  // of the cells at which pairs begin, whether loads and stores keep to them or not
 };
 
 Program pack(const Network& network, const std::vector<Family>& families, const Rule& rule, const Target& target, Grid grid);

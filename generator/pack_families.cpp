@@ -23,6 +23,32 @@ size_t fastest_loop(const Family& family, const Rule& rule) {
   return nth(0);
 }
 
+std::vector<std::vector<int>> family_runs(const Family& family, const Rule& rule) {
+  const size_t fastest = fastest_loop(family, rule);
+  const auto other_loops = [&](const Family::Member& m) {
+    std::vector<int> others = m.iterations;
+    others.erase(others.begin() + static_cast<long>(fastest));
+    return others;
+  };
+  std::vector<Family::Member> sorted = family.members;
+  std::ranges::stable_sort(sorted, {}, [&](const Family::Member& m) { return std::pair(other_loops(m), m.iterations[fastest]); });
+
+  std::vector<std::vector<int>> out;
+  std::vector<int> run;
+  const size_t lanes = static_cast<size_t>(rule.lanes);
+  const auto finish = [&] {
+    if (run.size() * 2 > lanes) out.push_back(run);
+    run.clear();
+  };
+  for (size_t i = 0; i < sorted.size(); ++i) {
+    if (i > 0 && !rule.across && other_loops(sorted[i]) != other_loops(sorted[i - 1])) finish();
+    run.push_back(sorted[i].operation);
+    if (run.size() == lanes) finish();
+  }
+  finish();
+  return out;
+}
+
 }  // namespace
 
 std::vector<Family> find_families(const Network& network) {
@@ -52,30 +78,12 @@ std::vector<Family> find_families(const Network& network) {
   return families;
 }
 
-std::vector<std::vector<int>> runs(const Family& family, const Rule& rule) {
-  const size_t fastest = fastest_loop(family, rule);
-  const auto other_loops = [&](const Family::Member& m) {
-    std::vector<int> others = m.iterations;
-    others.erase(others.begin() + static_cast<long>(fastest));
-    return others;
-  };
-  std::vector<Family::Member> sorted = family.members;
-  std::ranges::stable_sort(sorted, {}, [&](const Family::Member& m) { return std::pair(other_loops(m), m.iterations[fastest]); });
-
-  std::vector<std::vector<int>> out;
-  std::vector<int> run;
-  const size_t lanes = static_cast<size_t>(rule.lanes);
-  const auto finish = [&] {
-    if (run.size() * 2 > lanes) out.push_back(run);
-    run.clear();
-  };
-  for (size_t i = 0; i < sorted.size(); ++i) {
-    if (i > 0 && !rule.across && other_loops(sorted[i]) != other_loops(sorted[i - 1])) finish();
-    run.push_back(sorted[i].operation);
-    if (run.size() == lanes) finish();
-  }
-  finish();
-  return out;
+std::vector<std::vector<int>> runs(const Network& network, const std::vector<Family>& families, const Rule& rule, int parity) {
+  if (rule.pairs) return find_pairs(network, *rule.pairs, parity);
+  std::vector<std::vector<int>> all;
+  for (const Family& f : families)
+    for (std::vector<int>& run : family_runs(f, rule)) all.push_back(std::move(run));
+  return all;
 }
 
 }  // namespace xfm::pack

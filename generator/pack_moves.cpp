@@ -27,6 +27,7 @@ Want result_of(Op op, Type type, int imm) {
     const int two_bits = imm >> (2 * at) & 3, one_bit = imm >> l & 1;
     switch (op) {
       case Op::Blend: lanes[l] = one_bit ? w + l : l; break;
+      case Op::Insert: lanes[l] = l == imm % 4 ? w + imm / 4 : l; break;
       case Op::Permute: lanes[l] = part + (per_part == 4 ? two_bits : one_bit); break;
       case Op::Shuffle: lanes[l] = (2 * at < per_part ? 0 : w) + part + (per_part == 4 ? two_bits : one_bit); break;
       case Op::UnpackLow: lanes[l] = (at % 2 ? w : 0) + part + at / 2; break;
@@ -87,6 +88,7 @@ const Moves::Basics& Moves::basics(Type type) {
   add(Op::UnpackHigh, 1, price.shuffle);
   add(Op::Shuffle, choices, price.shuffle);
   add(Op::Permute, choices, price.shuffle);
+  if (type == Type::F32x4) add(Op::Insert, 16, price.shuffle);
   if (bits(type) == 256)
     for (int low = 0; low < 4; ++low)
       for (int high = 0; high < 4; ++high)

@@ -15,7 +15,17 @@ std::string joined(const std::vector<std::string>& parts, const std::string& sep
   return text;
 }
 
+std::string pairs_text(PairsFrom from) {
+  switch (from) {
+    case PairsFrom::Anywhere: return "pairs";
+    case PairsFrom::Source: return "pairs from the source";
+    case PairsFrom::Results: return "pairs from the results";
+  }
+  return {};
+}
+
 std::string order_text(const Rule& rule) {
+  if (rule.pairs) return pairs_text(*rule.pairs);
   return std::string(rule.outermost ? "outermost" : "innermost") + (rule.across ? " across" : "");
 }
 
@@ -24,12 +34,18 @@ Rule read_rule(const TableRow& row) {
   rule.lanes = row.integer("Lanes");
   if (rule.lanes != 1 && rule.lanes != 2 && rule.lanes != 4 && rule.lanes != 8) row.fail("Lanes: expected 1, 2, 4 or 8");
   if (row["Loops"] != "-") rule.loops = split(row["Loops"], ',');
+  for (const PairsFrom from : kPairsFrom)
+    if (row["Order"] == pairs_text(from)) {
+      if (rule.lanes != 2 || !rule.loops.empty()) row.fail("pairs are two lanes without loops");
+      rule.pairs = from;
+      return rule;
+    }
   for (const bool outermost : {false, true})
     for (const bool across : {false, true}) {
       rule.outermost = outermost, rule.across = across;
       if (order_text(rule) == row["Order"]) return rule;
     }
-  row.fail("Order: expected innermost or outermost, across or not");
+  row.fail("Order: expected innermost or outermost, across or not, or pairs and where they begin");
 }
 
 }  // namespace
@@ -62,6 +78,7 @@ std::string recipe_text(const std::string& target, const std::string& kernels, i
 std::string form_text(const Rule& rule) {
   if (rule.lanes == 1) return "scalar";
   const std::string loops = rule.loops.empty() ? "" : joined(rule.loops, ", ") + ", ";
+  if (rule.pairs) return order_text(rule);
   return std::to_string(rule.lanes) + " lanes over " + loops + order_text(rule);
 }
 

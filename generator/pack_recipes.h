@@ -28,7 +28,7 @@ class Recipes {
 // A row, with its line end; the line of column names.
 std::string recipe_text(const std::string& target, const std::string& kernels, int size, const std::string& type, const Rule& rule);
 std::string recipe_columns();
-// For the reader of a unit: "4 lanes over class".
+// For the reader of a unit: "4 lanes over class", "pairs from the source".
 std::string form_text(const Rule& rule);
 
 }  // namespace xfm::pack

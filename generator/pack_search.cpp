@@ -23,6 +23,8 @@ class Trials {
 
   // First every loop by itself, then with the best of them every other as the second.
   std::vector<Rule> best(int lanes) {
+    if (lanes == 2)
+      for (const PairsFrom from : kPairsFrom) attempt({.lanes = 2, .pairs = from});
     try_with(lanes, {});
     for (const std::string& loop : loops_) try_with(lanes, {loop});
     for (const Rule& first : ranked(kRefined))
@@ -44,9 +46,7 @@ class Trials {
   }
 
   void attempt(const Rule& rule) {
-    std::vector<std::vector<int>> arrangement;
-    for (const Family& f : families_)
-      for (std::vector<int>& run : runs(f, rule)) arrangement.push_back(std::move(run));
+    std::vector<std::vector<int>> arrangement = runs(network_, families_, rule, grid_.pairs);
     if (seen_.insert(std::move(arrangement)).second) tried_.emplace_back(port_use(packed(rule)).estimate(), rule);
   }
 

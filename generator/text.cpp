@@ -227,6 +227,7 @@ class BodyWriter {
         return as_singles(i.type, prefix(i.type) + "shuffle_pd(" + as_doubles(i.type, value(i.a)) + ", " +
                                       as_doubles(i.type, value(i.b)) + imm + ")");
       case Op::Blend: return blended(i);
+      case Op::Insert: return call(i, "insert", ", " + std::to_string(i.imm / 4 << 6 | i.imm % 4 << 4));
       case Op::Pick: return picked(i);
       case Op::Join: return joined(i);
       case Op::LowHalf: return low_half(i);

@@ -1,5 +1,7 @@
 #include "rdft/packing.h"
 
+#include <algorithm>
+
 namespace xfm::rdft {
 
 namespace {
@@ -30,9 +32,11 @@ std::string kernels_name(Family family) {
 }
 
 pack::Grid grid(Layout source, Layout target, int n) {
-  if (n > kShort) return {};
-  if (source == target) return {.loads = 0, .stores = 0};  // a Hartley transform of a Hartley transform
-  return {.loads = parity(source, n), .stores = parity(target, n)};
+  const bool hartley = source == target;  // in pairs of neighbours; a Hartley transform is its own inverse
+  const int loads = hartley ? 0 : parity(source, n), stores = hartley ? 0 : parity(target, n);
+  pack::Grid grid{.pairs = std::max(loads, stores)};
+  if (n <= kShort) grid.loads = loads, grid.stores = stores;
+  return grid;
 }
 
 }  // namespace xfm::rdft

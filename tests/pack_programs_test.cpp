@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <set>
 
 #include "dct4/kernels.h"
 #include "generator/check.h"
@@ -167,13 +168,45 @@ TEST(PackFamilies, LanesRunOverTheLoopThatIsNamed) {
   EXPECT_EQ(families[0].loops, (std::vector<std::string>{"row", "class"}));
   const auto sizes = [&](const pack::Rule& rule) {
     std::vector<size_t> out;
-    for (const std::vector<int>& run : pack::runs(families[0], rule)) out.push_back(run.size());
+    for (const std::vector<int>& run : pack::runs(network, families, rule, 0)) out.push_back(run.size());
     return out;
   };
   EXPECT_EQ(sizes({4, {"class"}, false, false}), (std::vector<size_t>{3, 3, 3, 3}));
   EXPECT_EQ(sizes({4, {"class"}, false, true}), (std::vector<size_t>{4, 4, 4}));
   EXPECT_EQ(sizes({4, {"row"}, false, false}), (std::vector<size_t>{4, 4, 4}));
   EXPECT_EQ(sizes({4, {}, true, false}), (std::vector<size_t>{4, 4, 4})) << "row is the outermost";
+}
+
+// Two networks of one shape on cells that take turns, with other factors, and with signs and operands the other way round in
+// the second, where only uses tell which of two sums belongs to which. The end, where both meet, is nobody's pair.
+TEST(PackPairs, StandOppositeEachOtherInNetworksOfOneShape) {
+  Program p;
+  const auto load = [&](int cell) { return p.emit({.op = Op::Load, .type = Type::F64, .cell = cell}); };
+  const auto sum = [&](Op op, int a, int b) { return p.emit({.op = op, .type = Type::F64, .a = a, .b = b}); };
+  const auto product = [&](Real factor, int a) {
+    return p.emit({.op = Op::Mul, .type = Type::F64, .a = p.constant(Type::F64, {factor}), .b = a});
+  };
+  const int e = sum(Op::Add, load(0), load(2)), f = sum(Op::Sub, load(0), load(2));
+  const int g = sum(Op::Add, load(3), load(1)), h = sum(Op::Sub, load(3), load(1));
+  const int x = sum(Op::Add, e, product(3, f)), y = sum(Op::Sub, product(5, g), h);
+  p.store(StoreKind::Full, sum(Op::Add, x, y), 0);
+
+  const pack::Network network = pack::read_network(p);
+  const auto shape = [&](int operation) {
+    const pack::Operation& o = network.operations[operation];
+    const auto cell = [&](int operand) { return operand == pack::kNone ? 0 : network.operations[operand].cell; };
+    return std::tuple(o.kind, o.minus, static_cast<int>(o.factor), cell(o.a) + cell(o.b));
+  };
+  using enum pack::Kind;
+  using Shape = std::tuple<pack::Kind, bool, int, int>;
+  std::set<std::pair<Shape, Shape>> pairs;
+  for (const std::vector<int>& pair : pack::find_pairs(network, pack::PairsFrom::Source, 0))
+    pairs.insert({shape(pair.at(0)), shape(pair.at(1))});
+  const std::set<std::pair<Shape, Shape>> wanted = {{{Sum, false, 0, 2}, {Sum, true, 0, 4}},
+                                                    {{Sum, true, 0, 2}, {Sum, false, 0, 4}},
+                                                    {{Product, false, 3, 0}, {Product, false, 5, 0}},
+                                                    {{Sum, false, 0, 0}, {Sum, true, 0, 0}}};
+  EXPECT_EQ(pairs, wanted);
 }
 
 TEST(PackRecipes, RefuseRowsThatMakeNoSense) {
@@ -189,7 +222,10 @@ TEST(PackRecipes, RefuseRowsThatMakeNoSense) {
   };
   EXPECT_EQ(message("v4\thartley\t8\t64f\t2\tclass,row\tinnermost across"), "");
   EXPECT_EQ(message("v4\thartley\t8\t64f\t3\tclass\tinnermost"), ":2: Lanes: expected 1, 2, 4 or 8");
-  EXPECT_EQ(message("v4\thartley\t8\t64f\t2\tclass\tupward"), ":2: Order: expected innermost or outermost, across or not");
+  EXPECT_EQ(message("v4\thartley\t8\t64f\t2\tclass\tupward"),
+            ":2: Order: expected innermost or outermost, across or not, or pairs and where they begin");
+  EXPECT_EQ(message("v4\thartley\t8\t64f\t2\t-\tpairs from the results"), "");
+  EXPECT_EQ(message("v4\thartley\t8\t64f\t4\t-\tpairs"), ":2: pairs are two lanes without loops");
   EXPECT_EQ(message("v4\thartley\t9\t64f\t2\tclass\tinnermost"), ": no row for v4, hartley, 8, 64f");
   std::filesystem::remove(path);
 }

@@ -83,6 +83,7 @@ inline std::vector<Case> cases() {
       });
     }
   }
+  plain(Op::Insert, Type::F32x4, 2 * 4 + 1);
   add(Type::F32x4, [](Program& p, int a, int b) {
     p.store(StoreKind::Lane, p.emit({.op = Op::Sub, .type = Type::F32x4, .a = a, .b = b}), 9, 0, 3);
     const int low = p.emit({.op = Op::Widen, .type = Type::F64x2, .a = a});
